@@ -1,0 +1,54 @@
+# Thin driver over CMake. The two set-up commands are `make demo` and `make test`.
+BUILD       ?= build
+BUILD_ASAN  ?= build-asan
+BUILD_BENCH ?= build-release
+PREFIX      ?= /usr/local
+JOBS        ?= $(shell nproc 2>/dev/null || echo 2)
+CMAKE_ARGS  ?=
+
+CONFIGURE = cmake -S . -B
+BUILD_CMD = cmake --build
+
+.PHONY: all build demo test sanitize bench install data clean
+
+all: build
+
+build:
+	@tools/ensure-deps.sh build
+	@$(CONFIGURE) $(BUILD) $(CMAKE_ARGS) >/dev/null
+	@$(BUILD_CMD) $(BUILD) -j $(JOBS)
+
+# Builds everything and runs the program on what it knows.
+demo: build
+	$(BUILD)/cli/qomath version
+	@echo
+	$(BUILD)/cli/qomath tables
+
+test: build
+	cd $(BUILD) && ctest --output-on-failure -j $(JOBS)
+
+# The tests again, built with AddressSanitizer and UndefinedBehaviorSanitizer.
+sanitize:
+	@tools/ensure-deps.sh test
+	@$(CONFIGURE) $(BUILD_ASAN) -DCMAKE_BUILD_TYPE=Debug -DQOMATH_SANITIZE=ON $(CMAKE_ARGS) >/dev/null
+	@$(BUILD_CMD) $(BUILD_ASAN) -j $(JOBS)
+	cd $(BUILD_ASAN) && ASAN_OPTIONS=detect_leaks=1:strict_string_checks=1 \
+	  UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 ctest --output-on-failure -j $(JOBS)
+
+bench:
+	@tools/ensure-deps.sh bench
+	@$(CONFIGURE) $(BUILD_BENCH) -DCMAKE_BUILD_TYPE=Release -DQOMATH_BUILD_BENCH=ON \
+	  -DQOMATH_BUILD_TESTS=OFF $(CMAKE_ARGS) >/dev/null
+	@$(BUILD_CMD) $(BUILD_BENCH) -j $(JOBS)
+	$(BUILD_BENCH)/bench/qomath_bench --benchmark_repetitions=5 \
+	  --benchmark_report_aggregates_only=true $(BENCH_ARGS)
+
+install: build
+	cmake --install $(BUILD) --prefix $(PREFIX)
+
+# Regenerates the stored, generated tables in data/ from their generators.
+data: build
+	$(BUILD)/tools/qomath_gen_locus data/cie1931_locus_0p1nm.csv
+
+clean:
+	rm -rf $(BUILD) $(BUILD_ASAN) $(BUILD_BENCH)

@@ -1,0 +1,16 @@
+// The Neville interpolation kernel shared by the polynomial tools, the
+// interpolators and the fine spectrum locus.
+#pragma once
+
+#include <span>
+
+namespace qomath::numerics {
+
+// Interpolates the polynomial through (xa[k], ya[k]), k = 0..n-1 (n = xa.size()),
+// at x. y receives the value, dy the last correction. Returns 1; 0 when n < 1
+// (y untouched) or two abscissae coincide (|difference| < 1e-18; y then holds
+// the partial sum). Float arithmetic throughout: stored results depend on it.
+// Allocates nothing for n <= 7.
+int neville(std::span<const float> xa, std::span<const float> ya, float x, float& y, float& dy);
+
+}  // namespace qomath::numerics

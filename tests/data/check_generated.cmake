@@ -1,0 +1,10 @@
+# Runs a table generator and compares its output with the copy stored in data/.
+execute_process(COMMAND ${GENERATOR} ${OUT} RESULT_VARIABLE rc)
+if(NOT rc EQUAL 0)
+  message(FATAL_ERROR "generator ${GENERATOR} failed: ${rc}")
+endif()
+execute_process(COMMAND ${CMAKE_COMMAND} -E compare_files ${OUT} ${STORED} RESULT_VARIABLE diff)
+if(NOT diff EQUAL 0)
+  message(FATAL_ERROR "${STORED} differs from the generator's output ${OUT}; regenerate it with 'make data'")
+endif()
+message(STATUS "${STORED} matches the generator")
