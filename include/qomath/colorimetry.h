@@ -46,8 +46,8 @@ QOMATH_API int GetCIEData(int selector, float* values, typ_wlinfo* range);
 
 /* {360, 700, 1}: the grid of the 1931 locus. */
 QOMATH_API typ_wlinfo GetCIE1931ChartWL(void);
-/* {x, y, 0} of the 1931 locus at 360 + index nm. The index is not checked
- * (0..340 are the valid ones). */
+/* {x, y, 0} of the 1931 locus at 360 + index nm, index 0..340. Any other
+ * index gives {0, 0, 0}. */
 QOMATH_API typ_chartvalue GetCIE1931ChartValue(int index);
 /* which 0: the 1931 locus (341 pairs, {360, 700, 1});
  * which 1: the 1964 locus (471 pairs, {360, 830, 1}).
