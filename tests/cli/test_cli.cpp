@@ -1,0 +1,92 @@
+// The qomath program, run as a user would run it.
+#include <gtest/gtest.h>
+
+#include <sys/wait.h>
+
+#include <array>
+#include <cctype>
+#include <cstdio>
+#include <cstdlib>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "qomath/colorimetry.h"
+#include "qomath/grid.h"
+
+namespace {
+
+struct Outcome {
+    int status;
+    std::string out;
+};
+
+// Runs qomath with the given arguments; standard error goes to standard output.
+Outcome qomath(const std::string& args)
+{
+    const std::string cmd = std::string(QOMATH_CLI_PATH) + " " + args + " 2>&1";
+    std::FILE* p = popen(cmd.c_str(), "r");
+    if (!p) return {-1, ""};
+    std::string out;
+    std::array<char, 4096> buf;
+    size_t n;
+    while ((n = std::fread(buf.data(), 1, buf.size(), p)) > 0) out.append(buf.data(), n);
+    const int st = pclose(p);
+    return {WIFEXITED(st) ? WEXITSTATUS(st) : -1, out};
+}
+
+TEST(Cli, VersionBlock)
+{
+    const Outcome r = qomath("version");
+    EXPECT_EQ(r.status, 0);
+    EXPECT_EQ(r.out,
+              "QOMath 1.7.6\nMath and File I/O operations\nBuild date: May  3 2020\n"
+              "Build time: 15:27:32\n");
+    EXPECT_EQ(qomath("--version").out, r.out);
+    EXPECT_EQ(qomath("version extra").status, 2);
+}
+
+TEST(Cli, TablesAgreeWithTheLibrary)
+{
+    const Outcome r = qomath("tables");
+    ASSERT_EQ(r.status, 0) << r.out;
+    std::istringstream lines(r.out);
+    std::string line;
+    std::getline(lines, line);  // header
+    int rows = 0;
+    std::vector<float> v(QOMATH_CIE_MAX_POINTS);
+    while (std::getline(lines, line)) {
+        int sel = -1;
+        if (line.empty() || !std::isdigit(static_cast<unsigned char>(line[0]))) continue;
+        ASSERT_EQ(std::sscanf(line.c_str(), "%d", &sel), 1);
+        typ_wlinfo range{};
+        ASSERT_EQ(GetCIEData(sel, v.data(), &range), 1);
+        double sum = 0;
+        for (int i = 0; i < WLNumPts(&range); ++i) sum += v[static_cast<size_t>(i)];
+        const double printed = std::strtod(line.substr(line.rfind(' ')).c_str(), nullptr);
+        EXPECT_NEAR(printed, sum, 1e-6 * sum) << line;
+        EXPECT_NE(line.find(" " + std::to_string(WLNumPts(&range)) + " "), std::string::npos) << line;
+        ++rows;
+    }
+    EXPECT_EQ(rows, 11);
+    EXPECT_NE(r.out.find("CIE 1931 spectrum locus, 0.1 nm"), std::string::npos);
+    EXPECT_NE(r.out.find(" 3401 "), std::string::npos);
+}
+
+TEST(Cli, HelpAndUsageErrors)
+{
+    for (const char* cmd : {"version --help", "tables --help", "help tables"}) {
+        const Outcome r = qomath(cmd);
+        EXPECT_EQ(r.status, 0) << cmd;
+        EXPECT_EQ(r.out.rfind("usage: qomath ", 0), 0u) << cmd;
+    }
+    const Outcome help = qomath("--help");
+    EXPECT_EQ(help.status, 0);
+    EXPECT_NE(help.out.find("tables"), std::string::npos);
+    EXPECT_EQ(qomath("").status, 2);
+    const Outcome bad = qomath("frobnicate");
+    EXPECT_EQ(bad.status, 2);
+    EXPECT_NE(bad.out.find("unknown command 'frobnicate'"), std::string::npos);
+}
+
+}  // namespace
