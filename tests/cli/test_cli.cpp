@@ -24,7 +24,8 @@ struct Outcome {
 // Runs qomath with the given arguments; standard error goes to standard output.
 Outcome qomath(const std::string& args)
 {
-    const std::string cmd = std::string(QOMATH_CLI_PATH) + " " + args + " 2>&1";
+    std::string cmd = QOMATH_CLI_PATH;
+    cmd.append(" ").append(args).append(" 2>&1");
     std::FILE* p = popen(cmd.c_str(), "r");
     if (!p) return {-1, ""};
     std::string out;
@@ -65,7 +66,9 @@ TEST(Cli, TablesAgreeWithTheLibrary)
         for (int i = 0; i < WLNumPts(&range); ++i) sum += v[static_cast<size_t>(i)];
         const double printed = std::strtod(line.substr(line.rfind(' ')).c_str(), nullptr);
         EXPECT_NEAR(printed, sum, 1e-6 * sum) << line;
-        EXPECT_NE(line.find(" " + std::to_string(WLNumPts(&range)) + " "), std::string::npos) << line;
+        std::string count = " ";
+        count.append(std::to_string(WLNumPts(&range))).append(" ");
+        EXPECT_NE(line.find(count), std::string::npos) << line;
         ++rows;
     }
     EXPECT_EQ(rows, 11);
