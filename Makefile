@@ -6,6 +6,8 @@ PREFIX      ?= /usr/local
 JOBS        ?= $(shell nproc 2>/dev/null || echo 2)
 CMAKE_ARGS  ?=
 
+MAKEFLAGS  += --no-print-directory
+
 CONFIGURE = cmake -S . -B
 BUILD_CMD = cmake --build
 
