@@ -4,7 +4,7 @@
 #include <random>
 #include <vector>
 
-#include "qomath/numerics.h"
+#include "qomath/linalg.h"
 
 namespace {
 

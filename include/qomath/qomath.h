@@ -7,7 +7,14 @@
 
 #include "qomath/common.h"
 #include "qomath/grid.h"
-#include "qomath/colorimetry.h"
-#include "qomath/numerics.h"
+#include "qomath/cie_tables.h"
+#include "qomath/polyfit.h"
+#include "qomath/linalg.h"
+#include "qomath/interpolation.h"
+#include "qomath/arrays.h"
+#include "qomath/spectral_arith.h"
+#include "qomath/tristimulus.h"
+#include "qomath/chromaticity.h"
+#include "qomath/straylight.h"
 
 #endif /* QOMATH_QOMATH_H */

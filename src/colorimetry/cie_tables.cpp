@@ -11,7 +11,7 @@
 #include <cstddef>
 #include <iterator>
 
-#include "qomath/colorimetry.h"
+#include "qomath/cie_tables.h"
 #include "qomath/grid.h"
 
 namespace qomath::cie {

@@ -4,7 +4,7 @@
 
 #include "colorimetry/cie_tables.hpp"
 #include "numerics/neville.hpp"
-#include "qomath/colorimetry.h"
+#include "qomath/cie_tables.h"
 
 namespace qomath::cie {
 

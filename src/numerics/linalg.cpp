@@ -1,6 +1,6 @@
 // Dense float linear algebra: product, Gauss-Jordan inversion, singular value
 // decomposition, LU decomposition, and the process-wide loaded matrix.
-#include "qomath/numerics.h"
+#include "qomath/linalg.h"
 
 #include <algorithm>
 #include <cmath>

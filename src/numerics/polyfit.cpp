@@ -1,7 +1,7 @@
 // Polynomial tools: Neville interpolation, interpolating-polynomial
 // coefficients, evaluation with derivatives, least-squares fits and the
 // inverse of a calibration polynomial.
-#include "qomath/numerics.h"
+#include "qomath/polyfit.h"
 
 #include <algorithm>
 #include <cmath>

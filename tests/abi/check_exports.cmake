@@ -1,4 +1,4 @@
-# Compares the dynamic symbols a shared library defines with the expected list.
+# Compares the dynamic symbols a shared library defines with the expected lists.
 execute_process(COMMAND nm -D --defined-only ${LIB} OUTPUT_VARIABLE nm_out RESULT_VARIABLE rc)
 if(NOT rc EQUAL 0)
   message(FATAL_ERROR "nm failed on ${LIB}")
@@ -20,7 +20,13 @@ list(FILTER actual EXCLUDE REGEX "^$")
 list(SORT actual)
 list(REMOVE_DUPLICATES actual)
 
-file(STRINGS ${EXPECTED} expected)
+# One list per family in the EXPECTED folder.
+file(GLOB lists ${EXPECTED}/*.txt)
+set(expected)
+foreach(f IN LISTS lists)
+  file(STRINGS ${f} names)
+  list(APPEND expected ${names})
+endforeach()
 list(FILTER expected EXCLUDE REGEX "^(#.*)?$")
 list(SORT expected)
 

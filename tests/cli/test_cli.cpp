@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-#include "qomath/colorimetry.h"
+#include "qomath/cie_tables.h"
 #include "qomath/grid.h"
 
 namespace {

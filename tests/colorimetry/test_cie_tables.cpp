@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "colorimetry/cie_tables.hpp"
-#include "qomath/colorimetry.h"
+#include "qomath/cie_tables.h"
 #include "qomath/grid.h"
 
 namespace {

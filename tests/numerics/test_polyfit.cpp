@@ -3,7 +3,7 @@
 #include <vector>
 
 #include "numerics/neville.hpp"
-#include "qomath/numerics.h"
+#include "qomath/polyfit.h"
 
 namespace {
 

@@ -1,5 +1,5 @@
 /*
- * QOMath — colorimetry: the CIE tables and the spectrum locus.
+ * QOMath — the CIE observer and illuminant tables and the spectrum loci.
  *
  * Tables served by GetCIEData (selector: content, range start..end step nm):
  *    0..2   CIE 1931 2° x-bar, y-bar, z-bar        360..830 1  (471 points)
@@ -17,8 +17,8 @@
  * 1 nm, and a 0.1 nm 1931 locus (3401 pairs) interpolated from the 1 nm one
  * with the rule of CIE1931DiagramInterpolated.
  */
-#ifndef QOMATH_COLORIMETRY_H
-#define QOMATH_COLORIMETRY_H
+#ifndef QOMATH_CIE_TABLES_H
+#define QOMATH_CIE_TABLES_H
 
 #include "qomath/common.h"
 
@@ -76,4 +76,4 @@ QOMATH_API int CIE1931DiagramInterpolated(float** wavelengths, float** x, float*
 }
 #endif
 
-#endif /* QOMATH_COLORIMETRY_H */
+#endif /* QOMATH_CIE_TABLES_H */
