@@ -1,0 +1,293 @@
+// Resampling a spectrum onto another grid: the cached polynomial
+// interpolator every colorimetric calculation goes through, clamped linear
+// interpolation, and the evenly spaced variant.
+#include "qomath/interpolation.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstddef>
+#include <span>
+#include <vector>
+
+#include "common/barrier.hpp"
+#include "numerics/neville.hpp"
+#include "qomath/grid.h"
+
+namespace qomath::numerics {
+namespace {
+
+// The interpolation mode and the result cache of Interpolate2: process-wide,
+// unguarded (the host serialises these calls), never released.
+struct InterpolationState {
+    bool linear = false;
+    // The last call's counts, its source VALUES, its destination WAVELENGTHS
+    // and its result. The buffers only grow.
+    int n_src = 0;
+    int n_dst = 0;
+    std::vector<float> src_values;
+    std::vector<float> dst_wavelengths;
+    std::vector<float> result;
+
+    bool holds(std::span<const float> y_src, std::span<const float> x_dst) const
+    {
+        return n_src == static_cast<int>(y_src.size()) && n_dst == static_cast<int>(x_dst.size()) &&
+               std::equal(y_src.begin(), y_src.end(), src_values.begin()) &&
+               std::equal(x_dst.begin(), x_dst.end(), dst_wavelengths.begin());
+    }
+
+    void remember_key(std::span<const float> y_src, std::span<const float> x_dst)
+    {
+        if (y_src.size() > src_values.size() || x_dst.size() > result.size()) {
+            // Grow all three at once; on failure the old key stays intact.
+            std::vector<float> v(std::max(y_src.size(), src_values.size()));
+            std::vector<float> w(std::max(x_dst.size(), dst_wavelengths.size()));
+            std::vector<float> r(w.size());
+            src_values.swap(v);
+            dst_wavelengths.swap(w);
+            result.swap(r);
+        }
+        std::copy(y_src.begin(), y_src.end(), src_values.begin());
+        std::copy(x_dst.begin(), x_dst.end(), dst_wavelengths.begin());
+        n_src = static_cast<int>(y_src.size());
+        n_dst = static_cast<int>(x_dst.size());
+    }
+};
+
+InterpolationState g_state;
+
+bool strictly_increasing(std::span<const float> x)
+{
+    for (std::size_t i = 1; i < x.size(); ++i)
+        if (!(x[i - 1] < x[i])) return false;
+    return true;
+}
+
+double distance(float a, float b)
+{
+    return std::fabs(static_cast<double>(a) - static_cast<double>(b));
+}
+
+// Index of the source wavelength nearest to x: the lowest index among equal
+// distances, and 0 when nothing is nearer than 99999999.9 (a NaN, say).
+// On an increasing grid the two neighbours of x decide; otherwise every
+// point is looked at.
+std::size_t nearest(std::span<const float> xs, bool increasing, float x)
+{
+    constexpr double kFar = 99999999.9;
+    if (!increasing) {
+        std::size_t k = 0;
+        double best = kFar;
+        for (std::size_t j = 0; j < xs.size(); ++j) {
+            const double d = distance(x, xs[j]);
+            if (d < best) {
+                best = d;
+                k = j;
+            }
+        }
+        return k;
+    }
+    const auto above = std::upper_bound(xs.begin(), xs.end(), x);
+    std::size_t k = above == xs.begin() ? 0 : static_cast<std::size_t>(above - xs.begin()) - 1;
+    if (k + 1 < xs.size() && distance(x, xs[k + 1]) < distance(x, xs[k])) ++k;
+    // Rounding can make far neighbours tie; the scan keeps the first of them.
+    while (k > 0 && distance(x, xs[k - 1]) == distance(x, xs[k])) --k;
+    return distance(x, xs[k]) < kFar ? k : 0;
+}
+
+// The polynomial path of Interpolate2. Returns the status of the last
+// Neville call (1 when every point sat on a source wavelength).
+int interpolate_polynomial(std::span<const float> xs, std::span<const float> ys,
+                           std::span<const float> xd, std::span<float> yd)
+{
+    const bool increasing = strictly_increasing(xs);
+    const std::size_t last = xs.size() - 1;
+    int status = 1;
+    for (std::size_t i = 0; i < xd.size(); ++i) {
+        const float x = xd[i];
+        const std::size_t k = nearest(xs, increasing, x);
+        if (distance(x, xs[k]) < 0.0001) {
+            yd[i] = ys[k];
+            continue;
+        }
+        // The window lo+1 .. hi around k: in the interior the six points
+        // k-2 .. k+3; near the start sample 0 takes part only through the
+        // exact-match test above. Stored results depend on this window.
+        const std::size_t lo = k >= 3 ? k - 3 : 0;
+        const std::size_t hi = std::min(k + 3, last);
+        float dy = 0.0f;
+        status = neville(xs.subspan(lo + 1, hi - lo), ys.subspan(lo + 1, hi - lo), x, yd[i], dy);
+    }
+    return status;
+}
+
+// Index j of the first interval with xs[j] <= x <= xs[j+1], or -1 when none.
+std::ptrdiff_t first_interval(std::span<const float> xs, bool increasing, float x)
+{
+    if (increasing) {
+        if (!(x >= xs.front() && x <= xs.back())) return -1;
+        const auto at = std::lower_bound(xs.begin(), xs.end(), x);
+        return std::max<std::ptrdiff_t>(at - xs.begin() - 1, 0);
+    }
+    for (std::size_t j = 0; j + 1 < xs.size(); ++j)
+        if (xs[j] <= x && x <= xs[j + 1]) return static_cast<std::ptrdiff_t>(j);
+    return -1;
+}
+
+void interpolate_linear(std::span<const float> xs, std::span<const float> ys,
+                        std::span<const float> xd, std::span<float> yd)
+{
+    const bool increasing = strictly_increasing(xs);
+    for (std::size_t i = 0; i < xd.size(); ++i) {
+        const float x = xd[i];
+        if (x < xs.front()) {
+            yd[i] = ys.front();  // constant extension at both ends
+            continue;
+        }
+        if (x > xs.back()) {
+            yd[i] = ys.back();
+            continue;
+        }
+        const std::ptrdiff_t jj = first_interval(xs, increasing, x);
+        if (jj < 0 || xs.size() < 2) {
+            yd[i] = ys.back();  // unsorted data: no interval holds x
+            continue;
+        }
+        const auto j = static_cast<std::size_t>(jj);
+        if (std::fabs(x - xs[j]) < 0.0001f)
+            yd[i] = ys[j];
+        else if (std::fabs(x - xs[j + 1]) < 0.0001f)
+            yd[i] = ys[j + 1];
+        else
+            yd[i] = ys[j] + (x - xs[j]) / (xs[j + 1] - xs[j]) * (ys[j + 1] - ys[j]);
+    }
+}
+
+void clamp_negative(std::span<const float> ys, std::span<float> yd)
+{
+    // A spectrum with no negative value never gains one by interpolation.
+    if (std::any_of(ys.begin(), ys.end(), [](float v) { return v < 0.0f; })) return;
+    for (float& v : yd)
+        if (v < 0.0f) v = 0.0f;
+}
+
+}  // namespace
+}  // namespace qomath::numerics
+
+using namespace qomath::numerics;
+using qomath::detail::guarded;
+
+namespace {
+std::span<const float> cspan(const float* p, int n)
+{
+    return {p, static_cast<std::size_t>(n)};
+}
+std::span<float> mspan(float* p, int n)
+{
+    return {p, static_cast<std::size_t>(n)};
+}
+}  // namespace
+
+extern "C" {
+
+int Interpolate2(float* xSrc, float* ySrc, int nSrc, float* xDst, float* yDst, int nDst)
+{
+    return guarded(-4, [&] {
+        if (!xSrc || !ySrc || !xDst || !yDst) return -1;
+        const auto ys = cspan(ySrc, std::max(nSrc, 0));
+        const auto yd = mspan(yDst, std::max(nDst, 0));
+        if (nSrc < 4 || nDst < 4) {
+            // Too few points: nothing is interpolated, but the clamp still runs.
+            clamp_negative(ys, yd);
+            return -1;
+        }
+        const auto xs = cspan(xSrc, nSrc);
+        const auto xd = cspan(xDst, nDst);
+        int status = 1;
+        if (g_state.holds(ys, xd)) {
+            // The key is the source values and the destination wavelengths
+            // only: a call that differs in xSrc or in the mode gets the
+            // previous result. Hosts rely on this.
+            std::copy_n(g_state.result.begin(), nDst, yDst);
+        } else {
+            g_state.remember_key(ys, xd);
+            if (g_state.linear)
+                interpolate_linear(xs, ys, xd, yd);
+            else
+                status = interpolate_polynomial(xs, ys, xd, yd);
+            std::copy(yd.begin(), yd.end(), g_state.result.begin());
+        }
+        clamp_negative(ys, yd);
+        return status;
+    });
+}
+
+int LinearInterpolation(float* xSrc, float* ySrc, int nSrc, float* xDst, float* yDst, int nDst)
+{
+    if (nDst < 1) return 1;
+    if (!xSrc || !ySrc || !xDst || !yDst || nSrc < 1) return -1;
+    interpolate_linear(cspan(xSrc, nSrc), cspan(ySrc, nSrc), cspan(xDst, nDst), mspan(yDst, nDst));
+    return 1;
+}
+
+int InterpolationMethod(int mode)
+{
+    g_state.linear = mode != 0;
+    return g_state.linear ? 1 : 0;
+}
+
+int Interpolate(float* ySrc, typ_wlinfo* src, float* yDst, typ_wlinfo* dst)
+{
+    if (!ySrc || !src || !yDst || !dst) return -1;
+    const int n_dst = WLNumPts(dst);
+    const int n_src = WLNumPts(src);
+    const float step = src->step;
+    if (n_dst > 3 && step == dst->step) {
+        // Equal steps with dst starting within one step of src and ending
+        // inside it: a plain copy. The offset test is on i0 * step, so a dst
+        // that starts a fraction of a step into src copies the source samples
+        // unshifted; hosts' stored spectra were made this way.
+        const float q = (dst->start - src->start) / step;
+        const float tail = (src->end - dst->end) / step;
+        if (q >= 0.0f && tail >= 0.0f && q < 2e9f && tail < 2e9f) {
+            const int i0 = static_cast<int>(q);
+            const float tail_rest =
+                static_cast<float>(static_cast<int>(tail)) * step + dst->end - src->end;
+            if (static_cast<float>(i0) * step < 1e-6f && tail_rest < 1e-6f &&
+                i0 + n_dst <= std::max(n_src, 0)) {
+                std::copy_n(ySrc + i0, n_dst, yDst);
+                return 1;
+            }
+        }
+    }
+    if (n_src < 4 || n_dst < 4) return -1;
+
+    const auto ys = cspan(ySrc, n_src);
+    const int last = n_src - 1;
+    for (int i = 0; i < n_dst; ++i) {
+        const float x = static_cast<float>(i) * dst->step + dst->start;
+        const float t = (x - src->start) / step;
+        if (!(std::fabs(t) < 1e9f)) continue;  // no sample anywhere near
+        const int k = static_cast<int>(t);
+        if (t == static_cast<float>(k) && k >= 0 && k <= last) {
+            yDst[i] = ySrc[k];
+            continue;
+        }
+        // The window of Interpolate2 (points lo+1 .. hi) on rebuilt source
+        // wavelengths. Far beyond the end the window is empty and yDst[i]
+        // keeps what the caller had there.
+        const int lo = std::max(k - 3, 0);
+        const int hi = std::min(k + 3, last);
+        if (hi - lo < 1) continue;
+        std::array<float, 6> xw{};
+        const auto count = static_cast<std::size_t>(hi - lo);
+        for (std::size_t j = 0; j < count; ++j)
+            xw[j] = static_cast<float>(lo + 1 + static_cast<int>(j)) * step + src->start;
+        float dy = 0.0f;
+        neville(std::span<const float>(xw.data(), count), ys.subspan(static_cast<std::size_t>(lo + 1), count),
+                x, yDst[i], dy);
+    }
+    return 1;
+}
+
+}  // extern "C"
