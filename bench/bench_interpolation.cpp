@@ -5,6 +5,7 @@
 #include <cmath>
 #include <vector>
 
+#include "numerics/interpolation.hpp"
 #include "numerics/neville.hpp"
 #include "qomath/interpolation.h"
 
@@ -51,6 +52,28 @@ void BM_Interpolate2_CacheHit(benchmark::State& state)
     }
 }
 BENCHMARK(BM_Interpolate2_CacheHit)->Arg(4096)->Unit(benchmark::kMicrosecond);
+
+// Three colour-matching tables (471 points, 1 nm) onto a 2048-point 0.23 nm
+// grid, as the tristimulus calculation does, side by side.
+void BM_Interpolate2Many3_2048(benchmark::State& state)
+{
+    std::vector<float> xs(471), a(471), b(471), c(471), xd(2048), ya(2048), yb(2048), yc(2048);
+    for (size_t i = 0; i < 471; ++i) {
+        xs[i] = 360.0f + static_cast<float>(i);
+        a[i] = std::sin(static_cast<float>(i) / 30.0f) + 1.0f;
+        b[i] = std::cos(static_cast<float>(i) / 40.0f) + 1.0f;
+        c[i] = 0.5f;
+    }
+    for (size_t i = 0; i < 2048; ++i) xd[i] = 360.1f + 0.23f * static_cast<float>(i);
+    std::array<int, 3> st{};
+    for (auto _ : state) {
+        a[0] += 1.0f;  // a new key every call
+        qomath::numerics::interpolate2_many<3>(xs, {std::span<const float>(a), std::span<const float>(b), std::span<const float>(c)}, xd,
+                                               {std::span<float>(ya), std::span<float>(yb), std::span<float>(yc)}, st);
+        benchmark::ClobberMemory();
+    }
+}
+BENCHMARK(BM_Interpolate2Many3_2048)->Unit(benchmark::kMicrosecond);
 
 // Yardstick: three multiply-adds per point, as a tristimulus sum does.
 void BM_Baseline3xN(benchmark::State& state)

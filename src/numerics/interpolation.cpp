@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "common/barrier.hpp"
+#include "numerics/interpolation.hpp"
 #include "numerics/neville.hpp"
 #include "qomath/grid.h"
 
@@ -95,10 +96,13 @@ std::size_t nearest(std::span<const float> xs, bool increasing, float x)
     return distance(x, xs[k]) < kFar ? k : 0;
 }
 
-// The polynomial path of Interpolate2. Returns the status of the last
-// Neville call (1 when every point sat on a source wavelength).
-int interpolate_polynomial(std::span<const float> xs, std::span<const float> ys,
-                           std::span<const float> xd, std::span<float> yd)
+// The polynomial path of Interpolate2 for K value arrays at once. Returns the
+// status of the last Neville call (1 when every point sat on a source
+// wavelength); it is the same for every array, since only the wavelengths
+// decide it.
+template <std::size_t K>
+int interpolate_polynomial(std::span<const float> xs, const std::array<std::span<const float>, K>& ys,
+                           std::span<const float> xd, const std::array<std::span<float>, K>& yd)
 {
     const bool increasing = strictly_increasing(xs);
     const std::size_t last = xs.size() - 1;
@@ -107,7 +111,7 @@ int interpolate_polynomial(std::span<const float> xs, std::span<const float> ys,
         const float x = xd[i];
         const std::size_t k = nearest(xs, increasing, x);
         if (distance(x, xs[k]) < 0.0001) {
-            yd[i] = ys[k];
+            for (std::size_t j = 0; j < K; ++j) yd[j][i] = ys[j][k];
             continue;
         }
         // The window lo+1 .. hi around k: in the interior the six points
@@ -115,8 +119,14 @@ int interpolate_polynomial(std::span<const float> xs, std::span<const float> ys,
         // exact-match test above. Stored results depend on this window.
         const std::size_t lo = k >= 3 ? k - 3 : 0;
         const std::size_t hi = std::min(k + 3, last);
-        float dy = 0.0f;
-        status = neville(xs.subspan(lo + 1, hi - lo), ys.subspan(lo + 1, hi - lo), x, yd[i], dy);
+        std::array<const float*, K> window;
+        std::array<float, K> y, dy;
+        for (std::size_t j = 0; j < K; ++j) {
+            window[j] = ys[j].data() + lo + 1;
+            y[j] = yd[j][i];
+        }
+        status = neville_many<K>(xs.subspan(lo + 1, hi - lo), window, x, y, dy);
+        for (std::size_t j = 0; j < K; ++j) yd[j][i] = y[j];
     }
     return status;
 }
@@ -172,6 +182,62 @@ void clamp_negative(std::span<const float> ys, std::span<float> yd)
 }
 
 }  // namespace
+
+template <std::size_t K>
+void interpolate2_many(std::span<const float> xs, const std::array<std::span<const float>, K>& ys,
+                       std::span<const float> xd, const std::array<std::span<float>, K>& yd,
+                       std::array<int, K>& status)
+{
+    if (xs.size() < 4 || xd.size() < 4) {
+        // Too few points: nothing is interpolated, but the clamp still runs.
+        for (std::size_t j = 0; j < K; ++j) {
+            clamp_negative(ys[j], yd[j]);
+            status[j] = -1;
+        }
+        return;
+    }
+    if (K > 1 && g_state.holds(ys[0], xd)) {
+        // The first array is a cache hit (possibly a result computed on other
+        // source wavelengths): take the calls one by one.
+        for (std::size_t j = 0; j < K; ++j) {
+            std::array<int, 1> one{};
+            interpolate2_many<1>(xs, {ys[j]}, xd, {yd[j]}, one);
+            status[j] = one[0];
+        }
+        return;
+    }
+    if (K == 1 && g_state.holds(ys[0], xd)) {
+        // The key is the source values and the destination wavelengths only:
+        // a call that differs in xSrc or in the mode gets the previous
+        // result. Hosts rely on this.
+        std::copy_n(g_state.result.begin(), xd.size(), yd[0].begin());
+        status[0] = 1;
+    } else {
+        // Each call would store its key before computing; the last one stays.
+        g_state.remember_key(ys[K - 1], xd);
+        int computed = 1;
+        if (g_state.linear)
+            for (std::size_t j = 0; j < K; ++j) interpolate_linear(xs, ys[j], xd, yd[j]);
+        else
+            computed = interpolate_polynomial<K>(xs, ys, xd, yd);
+        for (std::size_t j = 0; j < K; ++j) {
+            // A later array equal to the one before it would have hit the
+            // cache: same values, status 1.
+            const bool hit = j > 0 && std::equal(ys[j].begin(), ys[j].end(), ys[j - 1].begin());
+            status[j] = hit ? 1 : computed;
+        }
+        std::copy(yd[K - 1].begin(), yd[K - 1].end(), g_state.result.begin());
+    }
+    for (std::size_t j = 0; j < K; ++j) clamp_negative(ys[j], yd[j]);
+}
+
+template void interpolate2_many<1>(std::span<const float>, const std::array<std::span<const float>, 1>&,
+                                   std::span<const float>, const std::array<std::span<float>, 1>&,
+                                   std::array<int, 1>&);
+template void interpolate2_many<3>(std::span<const float>, const std::array<std::span<const float>, 3>&,
+                                   std::span<const float>, const std::array<std::span<float>, 3>&,
+                                   std::array<int, 3>&);
+
 }  // namespace qomath::numerics
 
 using namespace qomath::numerics;
@@ -194,31 +260,11 @@ int Interpolate2(float* xSrc, float* ySrc, int nSrc, float* xDst, float* yDst, i
 {
     return guarded(-4, [&] {
         if (!xSrc || !ySrc || !xDst || !yDst) return -1;
-        const auto ys = cspan(ySrc, std::max(nSrc, 0));
-        const auto yd = mspan(yDst, std::max(nDst, 0));
-        if (nSrc < 4 || nDst < 4) {
-            // Too few points: nothing is interpolated, but the clamp still runs.
-            clamp_negative(ys, yd);
-            return -1;
-        }
-        const auto xs = cspan(xSrc, nSrc);
-        const auto xd = cspan(xDst, nDst);
-        int status = 1;
-        if (g_state.holds(ys, xd)) {
-            // The key is the source values and the destination wavelengths
-            // only: a call that differs in xSrc or in the mode gets the
-            // previous result. Hosts rely on this.
-            std::copy_n(g_state.result.begin(), nDst, yDst);
-        } else {
-            g_state.remember_key(ys, xd);
-            if (g_state.linear)
-                interpolate_linear(xs, ys, xd, yd);
-            else
-                status = interpolate_polynomial(xs, ys, xd, yd);
-            std::copy(yd.begin(), yd.end(), g_state.result.begin());
-        }
-        clamp_negative(ys, yd);
-        return status;
+        std::array<int, 1> status{};
+        interpolate2_many<1>(cspan(xSrc, std::max(nSrc, 0)), {cspan(ySrc, std::max(nSrc, 0))},
+                             cspan(xDst, std::max(nDst, 0)), {mspan(yDst, std::max(nDst, 0))},
+                             status);
+        return status[0];
     });
 }
 

@@ -2,6 +2,8 @@
 // interpolators and the fine spectrum locus.
 #pragma once
 
+#include <array>
+#include <cstddef>
 #include <span>
 
 namespace qomath::numerics {
@@ -12,5 +14,13 @@ namespace qomath::numerics {
 // the partial sum). Float arithmetic throughout: stored results depend on it.
 // Allocates nothing for n <= 7.
 int neville(std::span<const float> xa, std::span<const float> ya, float x, float& y, float& dy);
+
+// The same for K ordinate arrays over one set of abscissae (ya[j] points to
+// xa.size() values): y[j] and dy[j] are exactly what neville() gives for
+// ya[j] alone; the shared work (nearest point, differences) is done once and
+// the K tableaux run side by side.
+template <std::size_t K>
+int neville_many(std::span<const float> xa, const std::array<const float*, K>& ya, float x,
+                 std::array<float, K>& y, std::array<float, K>& dy);
 
 }  // namespace qomath::numerics

@@ -7,6 +7,7 @@
 #include <random>
 #include <vector>
 
+#include "numerics/interpolation.hpp"
 #include "numerics/neville.hpp"
 #include "qomath/interpolation.h"
 
@@ -203,6 +204,45 @@ TEST_F(Interp, NonNegativeClampAndShortInput)
     Vec xdup{400, 401, 402, 402, 404, 405, 406, 407}, ydup{1, 2, 3, 4, 5, 6, 7, 8};
     Vec q{402.5f, 403.2f, 403.4f, 403.6f};
     EXPECT_EQ(interp2(xdup, ydup, q, yd), 0);
+}
+
+TEST_F(Interp, SeveralArraysAtOnceAreConsecutiveCalls)
+{
+    Vec xs, a, b, c, xd;
+    for (int i = 0; i < 50; ++i) {
+        const float x = 400.0f + 1.7f * static_cast<float>(i);
+        xs.push_back(x);
+        a.push_back(std::sin(x / 9.0f));  // has negative values: no clamp
+        b.push_back(1.0f + std::cos(x / 7.0f));
+        c.push_back(static_cast<float>(i % 5));
+    }
+    for (float x = 395.0f; x < 490.0f; x += 0.61f) xd.push_back(x);
+    const size_t n = xd.size();
+    Vec ya(n), yb(n), yc(n), ra, rb, rc;
+    auto batch = [&] {
+        std::array<int, 3> st{};
+        qomath::numerics::interpolate2_many<3>(xs, {std::span<const float>(a), std::span<const float>(b), std::span<const float>(c)}, xd,
+                                               {std::span<float>(ya), std::span<float>(yb), std::span<float>(yc)}, st);
+        return st;
+    };
+    const auto st = batch();
+    const int sa = interp2(xs, a, xd, ra), sb = interp2(xs, b, xd, rb), sc = interp2(xs, c, xd, rc);
+    EXPECT_EQ(st, (std::array<int, 3>{sa, sb, sc}));
+    EXPECT_EQ(ya, ra);
+    EXPECT_EQ(yb, rb);
+    EXPECT_EQ(yc, rc);
+
+    // Afterwards the cache holds the last array's key, as after three calls.
+    batch();
+    Vec other(xs), stale;
+    for (float& x : other) x += 3.0f;
+    interp2(other, c, xd, stale);
+    EXPECT_EQ(stale, yc);
+    // A cached first array comes back stale from the batch as well.
+    interp2(other, a, xd, stale);
+    batch();
+    EXPECT_EQ(ya, stale);
+    EXPECT_EQ(yb, rb);
 }
 
 TEST(Interpolation, LinearInterpolationEndsAndUnsortedData)
