@@ -43,38 +43,93 @@ QOMATH_API int InterpolationMethod(int mode);
  * cache, no clamp, mode ignored). Equal steps with dst inside src copy.
  * Returns 1; -1 when either range has fewer than 4 points or a pointer is null. */
 QOMATH_API int Interpolate(float* ySrc, typ_wlinfo* src, float* yDst, typ_wlinfo* dst);
-/* Evenly spaced resampling with adaptive-order Newton interpolation.
- * dst->end is rewritten to start + (points - 1) * step.
- * Returns 1; -1 bad range or fewer than 6 destination points; -2 allocation failure. */
+/* Resamples between two evenly spaced grids with an adaptive-order Newton
+ * series.
+ * Shortcut first (the one of Interpolate): when dst has more than 3 points,
+ * the steps are equal, dst starts less than one step after src->start
+ * (trunc((dst->start - src->start) / step) * step < 1e-6) and ends inside
+ * src, the samples are copied, yDst[i] = ySrc[i0 + i], dst is left as it is
+ * and 1 is returned.
+ * Otherwise dst->end is rewritten to start + (points - 1) * step, and for
+ * each of the WLNumPts(dst) points x = start + i * step the samples of src
+ * nearest to x (min(srcPoints, 6) of them) are taken in order of distance,
+ * the lower wavelength first when two are equally near (near the ends of
+ * src they lie on one side of x). Their Newton divided-difference terms are
+ * added while each is smaller in magnitude than the one before (the first
+ * against 9e20); the first term that is not is left out. Computed in double,
+ * stored as float; beyond src the series extrapolates and, far out, settles
+ * on a low order. ySrc and yDst may be the same array.
+ * Returns 1; -1 for a null pointer, an invalid src or a dst with fewer than
+ * 6 points (nothing written); -2 when the result buffer cannot be allocated
+ * (dst unchanged). */
 QOMATH_API int InterpolateVB(float* ySrc, typ_wlinfo* src, float* yDst, typ_wlinfo* dst);
-/* Band-averaging resampling onto xDst (mode must be 0). Bands reaching
- * outside the source give 0. Returns 1; -1 for mode != 0, counts outside
- * 5..2048 or a null pointer. */
+/* Band-averaging resampling of (xSrc, ySrc) onto xDst; mode must be 0.
+ * Point i stands for the band from halfway to its left neighbour to halfway
+ * to its right one (at the ends the one existing half-width is used on both
+ * sides). Band edges become fractional source indices; sample k stands for
+ * the index interval [k, k + 1) (so a linear spectrum comes out shifted by
+ * half a source interval). A band narrower than one source interval gives
+ * the linear interpolation at its centre; a wider one the average of the
+ * samples it covers, weighted by the covered fraction of each. A band that
+ * starts exactly on xSrc[0] leaves sample 0 out of the sum but still counts
+ * its width. Bands reaching outside the source (below xSrc[0], or up to or
+ * beyond xSrc[nSrc-1]) give 0; in particular the first and last destination
+ * points of a grid spanning exactly the source range give 0. yDst must not
+ * overlap ySrc.
+ * Returns 1; -1 for mode != 0, nSrc or nDst outside 5..2048 or a null
+ * pointer (nothing written). */
 QOMATH_API int QoMathSpectralResample(int mode, float* xSrc, float* ySrc, int nSrc, float* xDst,
                                       float* yDst, int nDst);
-/* Builds the grid start, start + step, ... (trunc((end - start) / step + 1.5)
- * points, count stored in *nDst first) in xDst and resamples onto it.
- * Returns -1 for start <= 0, start >= end or step <= 0; -2 when the grid is
- * longer than nDstMax; else the result of QoMathSpectralResample. */
+/* Builds the grid xDst[i] = start + i * step of trunc((end - start) / step
+ * + 1.5) points (the last may lie up to half a step beyond end), then
+ * resamples onto it with QoMathSpectralResample: 380..780 step 5 gives 81
+ * points. The count is stored in *nDst before anything else (INT_MAX when
+ * it does not fit an int).
+ * Returns -1 for start <= 0, start >= end, step <= 0 (NaN included) or a
+ * null nDst (nothing written), or a null xDst (count written); -2 when the
+ * count exceeds nDstMax (count written, xDst untouched); else the result of
+ * QoMathSpectralResample for the grid (which is -1 for fewer than 5 or more
+ * than 2048 points, after the grid is written). */
 QOMATH_API int QoMathSpectralResampleRangedInterval(int mode, float* xSrc, float* ySrc, int nSrc,
                                                     float* xDst, float* yDst, int nDstMax,
                                                     int* nDst, float start, float end,
                                                     float step);
-/* Lagrange interpolation of degree `order` (at most 5) around the nearest
- * source point. Returns 1; -1 nSrc < 5 or nDst < 5; -2 order > 5;
- * -3 xSrc[0] > xDst[0]; -4 xDst[nDst-1] > xSrc[nSrc-1]; -5 a result is NaN
- * (earlier results stay written). */
+/* Lagrange interpolation of degree `order` (0..5) on increasing xSrc.
+ * For each destination x: k = the nearest source index (the first of equal
+ * distances); the window of order + 1 samples starts at first = k - order / 2
+ * (integer division), except that a first below 2 (0 or 1) becomes 0, and
+ * when nSrc - 1 <= order + 1 + first the window is moved to end on the last
+ * sample; the value is InterpolateLagrangePolynomial over that window.
+ * Returns 1; -1 for nSrc < 5, nDst < 5, nSrc < order + 1 or a null pointer;
+ * -2 for order outside 0..5; -3 for xSrc[0] > xDst[0]; -4 for
+ * xDst[nDst-1] > xSrc[nSrc-1] (all of these write nothing); -5 when a
+ * result is NaN: the earlier results stay written, that point and the later
+ * ones are left untouched. */
 QOMATH_API int InterpolateVectorLagrange(float* xSrc, float* ySrc, int nSrc, float* xDst,
                                          float* yDst, int nDst, int order);
-/* The Lagrange polynomial through the n points at x0; 0 when n < 1. */
+/* The value at x0 of the Lagrange polynomial through the n points (x[i], y[i]):
+ * sum of y[i] times the product over j != i of (x0 - x[j]) / (x[i] - x[j]),
+ * each factor in float, products and sum in double, rounded to float.
+ * 0 when n < 1 or a pointer is null. */
 QOMATH_API float InterpolateLagrangePolynomial(float* x, float* y, int n, float x0);
-/* Resamples src onto the axes already set in dst (rows, rowWl, cols, colWl)
- * along both axes with the Lagrange rule. Returns 1; -1 source axes under 5
- * points; -2 destination axes under 5; -3 order > 5; -4 destination first row
- * wavelength below the source's; -5 destination last row wavelength above the
- * source's; -6 destination last column wavelength above the source's. */
+/* Resamples the values of src onto the axes already set in dst (rows, rowWl,
+ * cols, colWl): every source column onto the destination row wavelengths,
+ * then every resulting row onto the destination column wavelengths, each
+ * with the rule of InterpolateVectorLagrange (degree `order`). src is copied
+ * first, so src and dst may be the same record. The first destination column
+ * wavelength is not checked: columns below the source's first are
+ * extrapolated.
+ * Returns 1; -1 for a null src, src axes with fewer than 5 or more than 1024
+ * points or rows * cols above QOMATH_MATRIX2D_CAPACITY, and (checked after
+ * the order) src axes with fewer than order + 1 points; -2 for a null dst or
+ * dst axes outside the same limits; -3 order outside 0..5; -4 destination first
+ * row wavelength below the source's; -5 destination last row wavelength
+ * above the source's; -6 destination last column wavelength above the
+ * source's; 0 when the scratch memory cannot be allocated. dst is written
+ * only on success. */
 QOMATH_API int InterpolateMatrixLagrange(typ_matrix2d* src, typ_matrix2d* dst, int order);
-/* Validation only: 1 when range is valid with at least 3 points, else -1. */
+/* Validation only: 1 when range is a valid record with at least 3 points,
+ * else -1 (null included). Computes nothing else. */
 QOMATH_API int InterpolateLinearArrayToPolyArray(int unused, typ_wlinfo* range);
 
 #ifdef __cplusplus

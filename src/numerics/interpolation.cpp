@@ -13,6 +13,7 @@
 #include "common/barrier.hpp"
 #include "numerics/interpolation.hpp"
 #include "numerics/neville.hpp"
+#include "numerics/resample.hpp"
 #include "qomath/grid.h"
 
 namespace qomath::numerics {
@@ -56,13 +57,6 @@ struct InterpolationState {
 };
 
 InterpolationState g_state;
-
-bool strictly_increasing(std::span<const float> x)
-{
-    for (std::size_t i = 1; i < x.size(); ++i)
-        if (!(x[i - 1] < x[i])) return false;
-    return true;
-}
 
 double distance(float a, float b)
 {
@@ -288,24 +282,7 @@ int Interpolate(float* ySrc, typ_wlinfo* src, float* yDst, typ_wlinfo* dst)
     const int n_dst = WLNumPts(dst);
     const int n_src = WLNumPts(src);
     const float step = src->step;
-    if (n_dst > 3 && step == dst->step) {
-        // Equal steps with dst starting within one step of src and ending
-        // inside it: a plain copy. The offset test is on i0 * step, so a dst
-        // that starts a fraction of a step into src copies the source samples
-        // unshifted; hosts' stored spectra were made this way.
-        const float q = (dst->start - src->start) / step;
-        const float tail = (src->end - dst->end) / step;
-        if (q >= 0.0f && tail >= 0.0f && q < 2e9f && tail < 2e9f) {
-            const int i0 = static_cast<int>(q);
-            const float tail_rest =
-                static_cast<float>(static_cast<int>(tail)) * step + dst->end - src->end;
-            if (static_cast<float>(i0) * step < 1e-6f && tail_rest < 1e-6f &&
-                i0 + n_dst <= std::max(n_src, 0)) {
-                std::copy_n(ySrc + i0, n_dst, yDst);
-                return 1;
-            }
-        }
-    }
+    if (copy_equal_step(ySrc, *src, yDst, *dst)) return 1;
     if (n_src < 4 || n_dst < 4) return -1;
 
     const auto ys = cspan(ySrc, n_src);

@@ -1,0 +1,296 @@
+// Band averaging, evenly spaced Newton resampling and Lagrange interpolation.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <memory>
+#include <vector>
+
+#include "qomath/interpolation.h"
+
+namespace {
+
+constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
+
+std::vector<float> grid(float start, float step, int n)
+{
+    std::vector<float> x;
+    for (int i = 0; i < n; ++i) x.push_back(start + static_cast<float>(i) * step);
+    return x;
+}
+
+template <class F> std::vector<float> sample(const std::vector<float>& x, F f)
+{
+    std::vector<float> y;
+    for (float v : x) y.push_back(static_cast<float>(f(static_cast<double>(v))));
+    return y;
+}
+
+TEST(ResampleBand, StatusConstantsAndLines)
+{
+    auto xs = grid(400, 1, 301);
+    auto flat = sample(xs, [](double) { return 2.5; });
+    auto line = sample(xs, [](double x) { return 0.5 * x - 100.0; });
+    auto xd = grid(400, 10, 31);  // spans exactly the source range
+    std::vector<float> yd(60, -7.0f);
+    auto run = [&](std::vector<float>& ys, std::vector<float>& x, int mode = 0, int ns = 301) {
+        const int nd = static_cast<int>(x.size());
+        return QoMathSpectralResample(mode, xs.data(), ys.data(), ns, x.data(), yd.data(), nd);
+    };
+    EXPECT_EQ(run(flat, xd, 1), -1);
+    EXPECT_EQ(run(flat, xd, 0, 4), -1);
+    EXPECT_EQ(QoMathSpectralResample(0, nullptr, flat.data(), 301, xd.data(), yd.data(), 31), -1);
+    EXPECT_EQ(QoMathSpectralResample(0, xs.data(), flat.data(), 301, xd.data(), yd.data(), 2049), -1);
+    EXPECT_EQ(yd[0], -7.0f);
+
+    ASSERT_EQ(run(flat, xd), 1);
+    EXPECT_EQ(yd[0], 0.0f);   // band [395, 405] starts below the source
+    EXPECT_EQ(yd[30], 0.0f);  // band [695, 705] ends beyond it
+    for (size_t i = 1; i < 30; ++i) EXPECT_FLOAT_EQ(yd[i], 2.5f) << i;
+    auto wide = grid(405, 10, 20);  // band [400, 410]: sample 0 left out, yet d = 10
+    ASSERT_EQ(run(flat, wide), 1);
+    EXPECT_FLOAT_EQ(yd[0], 2.25f);
+
+    // Bands narrower than a source interval: linear interpolation, exact.
+    auto fine = grid(450.1f, 0.8f, 60);
+    ASSERT_EQ(run(line, fine), 1);
+    for (size_t i = 0; i < 60; ++i) EXPECT_NEAR(yd[i], 0.5 * fine[i] - 100.0, 2e-5) << i;
+    // Wider bands a whole number of source intervals wide: sample k covers
+    // [x_k, x_k + 1), so a line comes out exactly half an interval late.
+    auto coarse = grid(405, 5, 55);
+    ASSERT_EQ(run(line, coarse), 1);
+    for (size_t i = 0; i < 55; ++i) EXPECT_NEAR(yd[i], 0.5 * (coarse[i] - 0.5) - 100.0, 2e-5) << i;
+
+    // Unsorted and NaN wavelengths: no crash.
+    xd[3] = kNaN;
+    xd[7] = 300;
+    xs[100] = kNaN;
+    EXPECT_EQ(run(flat, xd), 1);
+}
+
+TEST(ResampleBand, ConservesTheIntegralOnIntegerRatioGrids)
+{
+    auto xs = grid(400, 1, 201);
+    auto ys = sample(xs, [](double x) { return 1.0 + std::sin(x / 7.0) + (x - 480) * (x - 480) / 900; });
+    double covered = 0.0;  // samples 8 .. 191 in full
+    for (size_t k = 8; k < 192; ++k) covered += ys[k];
+    for (const float step : {4.0f, 5.0f}) {
+        // Centres 410 .. 590: bands from index 8 (step 4) or 7.5 (step 5) on.
+        auto xd = grid(410, step, static_cast<int>(180 / step) + 1);
+        std::vector<float> yd(xd.size());
+        ASSERT_EQ(QoMathSpectralResample(0, xs.data(), ys.data(), 201, xd.data(), yd.data(),
+                                         static_cast<int>(xd.size())), 1);
+        double total = 0.0;
+        for (float v : yd) total += step * v;
+        const double halves = step == 5.0f ? 0.5 * (ys[7] + ys[192]) : 0.0;
+        EXPECT_NEAR(total, covered + halves, 1e-5 * covered) << step;
+    }
+}
+
+TEST(ResampleRanged, BuildsTheGridThenResamples)
+{
+    auto xs = grid(360, 1, 471);
+    auto ys = sample(xs, [](double) { return 3.0; });
+    std::vector<float> xd(100, -1.0f), yd(100);
+    int n = 0;
+    auto call = [&](int mode, int max, float start, float end, float step) {
+        return QoMathSpectralResampleRangedInterval(mode, xs.data(), ys.data(), 471, xd.data(), yd.data(),
+                                                    max, &n, start, end, step);
+    };
+    EXPECT_EQ(call(0, 80, 380, 780, 5), -2);
+    EXPECT_EQ(n, 81);  // reported although it does not fit; xd untouched
+    EXPECT_EQ(xd[0], -1.0f);
+    EXPECT_EQ(call(0, 100, 380, 780, 5), 1);
+    EXPECT_EQ(xd[80], 780.0f);
+    EXPECT_FLOAT_EQ(yd[40], 3.0f);
+    EXPECT_EQ(call(0, 100, 380, 3e30f, 1e-30f), -2);
+    EXPECT_EQ(n, std::numeric_limits<int>::max());
+    EXPECT_EQ(call(1, 100, 380, 780, 5), -1);  // the resample refuses mode 1
+    EXPECT_EQ(call(0, 100, 380, 390, 5), -1);  // and 3 points
+    const float bad[][3] = {{0, 780, 5}, {780, 780, 5}, {380, 780, 0}, {380, 780, kNaN}, {kNaN, 780, 5}};
+    for (const auto& b : bad) EXPECT_EQ(call(0, 100, b[0], b[1], b[2]), -1);
+}
+
+TEST(ResampleVB, NewtonSeriesOnEvenGrids)
+{
+    typ_wlinfo src{380, 780, 5}, dst{381.3f, 700, 2.1f};
+    const auto gauss = [](double x) { return std::exp(-std::pow((x - 550) / 40, 2)); };
+    auto ys = sample(grid(380, 5, 81), gauss);
+    std::vector<float> yd(200, -9.0f);
+    ASSERT_EQ(InterpolateVB(ys.data(), &src, yd.data(), &dst), 1);
+    EXPECT_FLOAT_EQ(dst.end, 381.3f + 151 * 2.1f);  // 152 points
+    // Within a tenth of linear interpolation's error; the series stops early
+    // where a term happens to be small (at the inflections).
+    for (size_t i = 0; i < 152; ++i) EXPECT_NEAR(yd[i], gauss(381.3 + 2.1 * static_cast<double>(i)), 4e-4) << i;
+    EXPECT_EQ(yd[152], -9.0f);
+
+    // y = (x - 4.5)^3 at the midpoint 4.5: the lower sample comes first
+    // (-0.125); the second term, 0.25 * 0.5, is as large and stays out.
+    typ_wlinfo unit{0, 9, 1}, mid{4.5f, 7, 0.5f};
+    auto odd = sample(grid(0, 1, 10), [](double x) { return std::pow(x - 4.5, 3); });
+    ASSERT_EQ(InterpolateVB(odd.data(), &unit, yd.data(), &mid), 1);
+    EXPECT_EQ(yd[0], -0.125f);
+    // Nodes 4, 5, then 3 before 6 (equally near): 6, 8, 10 lie on a line, the
+    // third term is 0 and the next one stays out: 9.
+    std::vector<float> kink{1, 2, 4, 6, 8, 10, 16, 30, 50, 80};
+    ASSERT_EQ(InterpolateVB(kink.data(), &unit, yd.data(), &mid), 1);
+    EXPECT_EQ(yd[0], 9.0f);
+
+    typ_wlinfo same{380, 395, 5};  // equal steps, inside src: a copy, 4 points enough
+    ASSERT_EQ(InterpolateVB(ys.data(), &src, yd.data(), &same), 1);
+    EXPECT_EQ(yd[3], ys[3]);
+    typ_wlinfo half{380, 780, 2.5f};  // in place, on the source array itself
+    ys.resize(161);
+    ASSERT_EQ(InterpolateVB(ys.data(), &src, ys.data(), &half), 1);
+    EXPECT_NEAR(ys[1], gauss(382.5), 2e-4);
+
+    typ_wlinfo short_dst{400, 410, 2.5f}, bad{400, 300, 1}, two{400, 401, 1};  // 5 points; invalid
+    EXPECT_EQ(InterpolateVB(kink.data(), &src, yd.data(), &short_dst), -1);
+    EXPECT_EQ(InterpolateVB(kink.data(), &bad, yd.data(), &dst), -1);
+    EXPECT_EQ(InterpolateVB(nullptr, &src, yd.data(), &dst), -1);
+    EXPECT_EQ(InterpolateLinearArrayToPolyArray(0, &src), 1);
+    for (typ_wlinfo* r : {&two, &bad, static_cast<typ_wlinfo*>(nullptr)})
+        EXPECT_EQ(InterpolateLinearArrayToPolyArray(0, r), -1);
+}
+
+TEST(LagrangePolynomial, ValuesAndWindows)
+{
+    float px[] = {0, 1, 2}, py[] = {1, 3, 7};  // 1 + x + x^2
+    EXPECT_FLOAT_EQ(InterpolateLagrangePolynomial(px, py, 3, 1.5f), 4.75f);
+    EXPECT_EQ(InterpolateLagrangePolynomial(px, py, 1, 9.0f), 1.0f);
+    EXPECT_EQ(InterpolateLagrangePolynomial(px, py, 0, 1.5f), 0.0f);
+    EXPECT_EQ(InterpolateLagrangePolynomial(nullptr, py, 3, 1.5f), 0.0f);
+
+    // Uneven grid; a polynomial of degree <= order is reproduced.
+    std::vector<float> xs;
+    for (int i = 0; i < 40; ++i) xs.push_back(400.0f + 7.5f * static_cast<float>(i) + (i % 3 == 1 ? 2.0f : 0.0f));
+    auto xd = grid(401.7f, 3.1f, 90);
+    std::vector<float> yd(90);
+    for (int order = 0; order <= 5; ++order) {
+        const auto p = [order](double x) {
+            const double u = (x - 550) / 100;
+            return 2 + std::pow(u, order) - 0.5 * std::pow(u, order > 0 ? order - 1 : 0);
+        };
+        auto ys = sample(xs, p);
+        ASSERT_EQ(InterpolateVectorLagrange(xs.data(), ys.data(), 40, xd.data(), yd.data(), 90, order), 1);
+        for (size_t i = 0; i < 90; ++i) EXPECT_NEAR(yd[i], p(xd[i]), 2e-5) << order << " " << i;
+    }
+
+    // The window: order 3 around nearest index 10 starts at 9 (bit for bit the
+    // polynomial over xs[9..12]); near index 1 or 2 it starts at 0; a window
+    // ending on the last-but-one sample (35..38) or beyond ends on the last.
+    auto ys = sample(xs, [](double x) { return std::sin(x / 11); });
+    float at[] = {xs[10] + 0.3f, xs[1] + 0.2f, xs[2] - 0.1f, xs[36] + 0.1f, xs[39] - 0.01f}, got[5];
+    ASSERT_EQ(InterpolateVectorLagrange(xs.data(), ys.data(), 40, at, got, 5, 3), 1);
+    const int first[] = {9, 0, 0, 36, 36};
+    for (int i = 0; i < 5; ++i)
+        EXPECT_EQ(got[i], InterpolateLagrangePolynomial(&xs[first[i]], &ys[first[i]], 4, at[i])) << i;
+    ASSERT_EQ(InterpolateVectorLagrange(xs.data(), ys.data(), 40, at, got, 5, 0), 1);
+    EXPECT_EQ(got[1], ys[0]);  // nearest index 1 reads sample 0 at order 0
+}
+
+TEST(LagrangeVector, StatusCodes)
+{
+    auto xs = grid(400, 5, 20);
+    auto ys = sample(xs, [](double x) { return x; });
+    auto xd = grid(410, 7, 10);
+    std::vector<float> yd(10, -1.0f);
+    auto call = [&](int ns, int nd, int order) {
+        return InterpolateVectorLagrange(xs.data(), ys.data(), ns, xd.data(), yd.data(), nd, order);
+    };
+    EXPECT_EQ(call(20, 10, 6), -2);
+    EXPECT_EQ(call(20, 10, -1), -2);
+    EXPECT_EQ(call(4, 10, 3), -1);
+    EXPECT_EQ(call(20, 4, 3), -1);
+    EXPECT_EQ(call(5, 5, 5), -1);  // 5 samples cannot carry degree 5
+    EXPECT_EQ(InterpolateVectorLagrange(nullptr, ys.data(), 20, xd.data(), yd.data(), 10, 3), -1);
+    xd[0] = 399.9f;
+    EXPECT_EQ(call(20, 10, 3), -3);
+    xd[0] = 410;
+    xd[9] = 495.1f;
+    EXPECT_EQ(call(20, 10, 3), -4);
+    EXPECT_EQ(yd[0], -1.0f);
+    xd[9] = 473;
+    ys[12] = kNaN;  // xs[12] = 460 enters the window (9..12) of 452
+    EXPECT_EQ(call(20, 10, 3), -5);
+    EXPECT_FLOAT_EQ(yd[5], 445.0f);
+    EXPECT_EQ(yd[6], -1.0f);
+}
+
+std::unique_ptr<typ_matrix2d> matrix(int rows, float row0, float row_step, int cols, float col0, float col_step)
+{
+    auto m = std::make_unique<typ_matrix2d>();
+    m->rows = rows;
+    m->cols = cols;
+    for (int r = 0; r < rows; ++r) m->rowWl[r] = row0 + row_step * static_cast<float>(r);
+    for (int c = 0; c < cols; ++c) m->colWl[c] = col0 + col_step * static_cast<float>(c);
+    return m;
+}
+
+TEST(LagrangeMatrix, SeparablePolynomialsAndTheVectorRule)
+{
+    // (1 + u + u^2) (2 - v^3): degree 2 along rows, 3 along columns.
+    const auto f = [](double r, double c) {
+        const double u = (r - 300) / 50, v = (c - 500) / 80;
+        return (1 + u + u * u) * (2 - v * v * v);
+    };
+    auto src = matrix(30, 250, 4, 40, 400, 5);
+    for (int r = 0; r < 30; ++r)
+        for (int c = 0; c < 40; ++c) src->values[r * 40 + c] = static_cast<float>(f(src->rowWl[r], src->colWl[c]));
+    auto dst = matrix(17, 251.5f, 6.5f, 23, 390, 8.3f);  // columns start below the source's
+    ASSERT_EQ(InterpolateMatrixLagrange(src.get(), dst.get(), 3), 1);
+    for (int r = 0; r < 17; ++r)
+        for (int c = 0; c < 23; ++c)
+            EXPECT_NEAR(dst->values[r * 23 + c], f(dst->rowWl[r], dst->colWl[c]), 1e-4) << r << " " << c;
+
+    // On the source's own rows each row is, bit for bit, the vector rule.
+    auto same_rows = matrix(30, 250, 4, 23, 401, 8.3f);
+    ASSERT_EQ(InterpolateMatrixLagrange(src.get(), same_rows.get(), 2), 1);
+    std::vector<float> row(23);
+    for (int r = 0; r < 30; ++r) {
+        float* values = &src->values[r * 40];
+        ASSERT_EQ(InterpolateVectorLagrange(src->colWl, values, 40, same_rows->colWl, row.data(), 23, 2), 1);
+        for (int c = 0; c < 23; ++c) EXPECT_EQ(same_rows->values[r * 23 + c], row[static_cast<size_t>(c)]);
+    }
+
+    // In place onto its own axes: the values come back.
+    auto copy = std::make_unique<typ_matrix2d>(*src);
+    ASSERT_EQ(InterpolateMatrixLagrange(src.get(), src.get(), 5), 1);
+    for (int i = 0; i < 30 * 40; ++i) EXPECT_NEAR(src->values[i], copy->values[i], 1e-4) << i;
+}
+
+TEST(LagrangeMatrix, StatusCodesAndHostileRecords)
+{
+    auto src = matrix(10, 300, 10, 10, 500, 10);
+    auto dst = matrix(5, 300, 20, 5, 500, 20);
+    dst->values[0] = -3.0f;
+    EXPECT_EQ(InterpolateMatrixLagrange(nullptr, dst.get(), 3), -1);
+    EXPECT_EQ(InterpolateMatrixLagrange(src.get(), nullptr, 3), -2);
+    EXPECT_EQ(InterpolateMatrixLagrange(src.get(), dst.get(), 6), -3);
+    EXPECT_EQ(InterpolateMatrixLagrange(src.get(), dst.get(), -1), -3);
+    // Axis counts under 5, over 1024, negative, or a value block beyond the record.
+    const int hostile[][2] = {{4, 10}, {10, 4}, {1025, 10}, {10, -7}, {1000, 1000}, {2147483647, 2147483647}};
+    for (const auto& h : hostile) {
+        auto junk = matrix(5, 300, 20, 5, 500, 20);
+        junk->rows = h[0], junk->cols = h[1];
+        EXPECT_EQ(InterpolateMatrixLagrange(junk.get(), dst.get(), 3), -1) << h[0] << "x" << h[1];
+        EXPECT_EQ(InterpolateMatrixLagrange(src.get(), junk.get(), 3), -2) << h[0] << "x" << h[1];
+    }
+    src->rows = 5;
+    EXPECT_EQ(InterpolateMatrixLagrange(src.get(), dst.get(), 5), -1);  // 5 rows, degree 5
+    src->rows = 10;
+    dst->rowWl[0] = 299;
+    EXPECT_EQ(InterpolateMatrixLagrange(src.get(), dst.get(), 3), -4);
+    dst->rowWl[0] = 300;
+    dst->rowWl[4] = 391;
+    EXPECT_EQ(InterpolateMatrixLagrange(src.get(), dst.get(), 3), -5);
+    dst->rowWl[4] = 380;
+    dst->colWl[4] = 591;
+    EXPECT_EQ(InterpolateMatrixLagrange(src.get(), dst.get(), 3), -6);
+    EXPECT_EQ(dst->values[0], -3.0f);
+    dst->colWl[4] = 580;
+    dst->colWl[2] = kNaN;  // not caught by the axis checks: NaN values, no harm
+    EXPECT_EQ(InterpolateMatrixLagrange(src.get(), dst.get(), 3), 1);
+}
+
+}  // namespace
