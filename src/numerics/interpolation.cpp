@@ -101,6 +101,22 @@ int interpolate_polynomial(std::span<const float> xs, const std::array<std::span
     const bool increasing = strictly_increasing(xs);
     const std::size_t last = xs.size() - 1;
     int status = 1;
+    // Points that need the kernel are solved a group at a time, in point order.
+    constexpr std::size_t kGroup = 4;
+    std::array<NevilleProblem<K>, kGroup> pending;
+    std::array<std::size_t, kGroup> pending_at;
+    std::size_t waiting = 0;
+    auto store = [&](const NevilleProblem<K>& pr, std::size_t i) {
+        for (std::size_t j = 0; j < K; ++j) yd[j][i] = pr.y[j];
+    };
+    auto flush_singly = [&] {
+        for (std::size_t p = 0; p < waiting; ++p) {
+            NevilleProblem<K>& pr = pending[p];
+            status = neville_many<K>(pr.xa, pr.ya, pr.x, pr.y, pr.dy);
+            store(pr, pending_at[p]);
+        }
+        waiting = 0;
+    };
     for (std::size_t i = 0; i < xd.size(); ++i) {
         const float x = xd[i];
         const std::size_t k = nearest(xs, increasing, x);
@@ -113,15 +129,23 @@ int interpolate_polynomial(std::span<const float> xs, const std::array<std::span
         // exact-match test above. Stored results depend on this window.
         const std::size_t lo = k >= 3 ? k - 3 : 0;
         const std::size_t hi = std::min(k + 3, last);
-        std::array<const float*, K> window;
-        std::array<float, K> y, dy;
+        NevilleProblem<K>& pr = pending[waiting];
+        pr.xa = xs.subspan(lo + 1, hi - lo);
+        pr.x = x;
         for (std::size_t j = 0; j < K; ++j) {
-            window[j] = ys[j].data() + lo + 1;
-            y[j] = yd[j][i];
+            pr.ya[j] = ys[j].data() + lo + 1;
+            pr.y[j] = yd[j][i];  // what a failing kernel leaves in place
         }
-        status = neville_many<K>(xs.subspan(lo + 1, hi - lo), window, x, y, dy);
-        for (std::size_t j = 0; j < K; ++j) yd[j][i] = y[j];
+        pending_at[waiting++] = i;
+        if (waiting == kGroup) {
+            std::array<NevilleProblem<K>*, kGroup> group;
+            for (std::size_t p = 0; p < kGroup; ++p) group[p] = &pending[p];
+            status = neville_group<K, kGroup>(group).back();
+            for (std::size_t p = 0; p < kGroup; ++p) store(pending[p], pending_at[p]);
+            waiting = 0;
+        }
     }
+    flush_singly();
     return status;
 }
 

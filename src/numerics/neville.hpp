@@ -23,4 +23,21 @@ template <std::size_t K>
 int neville_many(std::span<const float> xa, const std::array<const float*, K>& ya, float x,
                  std::array<float, K>& y, std::array<float, K>& dy);
 
+// One Neville problem of a batch: abscissae, K ordinate arrays, the point,
+// and the results (y and dy as neville_many leaves them).
+template <std::size_t K>
+struct NevilleProblem {
+    std::span<const float> xa;
+    std::array<const float*, K> ya;
+    float x;
+    std::array<float, K> y;
+    std::array<float, K> dy;
+};
+
+// Solves P problems at once: where all have the same point count (up to 7)
+// their tableaux run in one loop so that the dependency chains overlap.
+// Each result and status is exactly what neville_many gives for it alone.
+template <std::size_t K, std::size_t P>
+std::array<int, P> neville_group(const std::array<NevilleProblem<K>*, P>& group);
+
 }  // namespace qomath::numerics
