@@ -1,0 +1,243 @@
+// Tristimulus values against sums worked here from the CIE tables, the
+// wavelength limits, the normalising constant, and hostile input.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <vector>
+
+#include "qomath/cie_tables.h"
+#include "qomath/interpolation.h"
+#include "qomath/tristimulus.h"
+
+namespace {
+
+using Vec = std::vector<float>;
+
+struct Spectrum {
+    Vec wl, v;
+    int n() const { return static_cast<int>(wl.size()); }
+};
+
+// Table `selector` of GetCIEData on its own grid, every `every`-th point
+// from `from` nm to `to` nm.
+Spectrum cie(int selector, int every = 1, float from = 0, float to = 1e4f)
+{
+    Vec values(QOMATH_CIE_MAX_POINTS);
+    typ_wlinfo r{};
+    EXPECT_EQ(GetCIEData(selector, values.data(), &r), 1);
+    Spectrum s;
+    for (int i = 0; r.start + i * r.step <= r.end; i += every) {
+        const float w = r.start + static_cast<float>(i) * r.step;
+        if (w >= from && w <= to) s.wl.push_back(w), s.v.push_back(values[i]);
+    }
+    return s;
+}
+
+Spectrum flat(float start, float end, float step)
+{
+    Spectrum s;
+    for (float w = start; w <= end + 1e-3f; w += step) s.wl.push_back(w), s.v.push_back(1.0f);
+    return s;
+}
+
+// Trapezoid sum of s times table `cmf`, 0 outside 360..830 nm, for a grid of
+// whole nanometres (where the table points lie).
+double worked(const Spectrum& s, int cmf)
+{
+    const Spectrum t = cie(cmf);
+    auto p = [&](size_t i) {
+        const float w = s.wl[i];
+        return w < 360 || w > 830 ? 0.0 : double(t.v[size_t(std::lround(w - 360))] * s.v[i]);
+    };
+    double sum = 0;
+    for (size_t i = 1; i < s.wl.size(); ++i) sum += (p(i - 1) + p(i)) / 2 * (s.wl[i] - s.wl[i - 1]);
+    return sum;
+}
+
+TEST(Tristimulus, IlluminantsAgainstWorkedSums)
+{
+    // x, y of A and D65 with both observers, as the CIE gives them.
+    const struct { int table; float x, y, x10, y10; } cases[] = {
+        {6, 0.44758f, 0.40745f, 0.45117f, 0.40594f}, {9, 0.31272f, 0.32903f, 0.31382f, 0.33098f}};
+    for (const auto& c : cases) {
+        const Spectrum s = cie(c.table);  // 300..830 nm by 1 nm
+        float xyz[3], xyz10[3], one = -1;
+        ASSERT_EQ(CalcTristimulusXYZ1931_2(s.wl.data(), s.v.data(), s.n(), xyz), 1);
+        ASSERT_EQ(CalcTristimulusXYZ1964_2(s.wl.data(), s.v.data(), s.n(), xyz10), 1);
+        for (int k = 0; k < 3; ++k) {
+            EXPECT_NEAR(xyz[k], worked(s, k), 2e-6 * worked(s, k)) << c.table << " " << k;
+            EXPECT_NEAR(xyz10[k], worked(s, 3 + k), 2e-6 * worked(s, 3 + k));
+            // The triples are the single components, bit for bit.
+            EXPECT_EQ(CalcTristimulusXYZ(s.wl.data(), s.v.data(), s.n(), k, &one), 1);
+            EXPECT_EQ(one, xyz[k]);
+            EXPECT_EQ(CalcTristimulusXYZ(s.wl.data(), s.v.data(), s.n(), 3 + k, &one), 1);
+            EXPECT_EQ(one, xyz10[k]);
+        }
+        const float sum = xyz[0] + xyz[1] + xyz[2], sum10 = xyz10[0] + xyz10[1] + xyz10[2];
+        EXPECT_NEAR(xyz[0] / sum, c.x, 2e-4);
+        EXPECT_NEAR(xyz[1] / sum, c.y, 2e-4);
+        EXPECT_NEAR(xyz10[0] / sum10, c.x10, 2e-4);
+        EXPECT_NEAR(xyz10[1] / sum10, c.y10, 2e-4);
+
+        // 5 nm from 380 to 780 nm: close to the 1 nm figures, and the evenly
+        // spaced variant agrees.
+        const Spectrum s5 = cie(c.table, 5, 380, 780);
+        const typ_wlinfo r5{380, 780, 5};
+        float xyz5[3], g5[3];
+        ASSERT_EQ(CalcTristimulusXYZ1931_2(s5.wl.data(), s5.v.data(), s5.n(), xyz5), 1);
+        ASSERT_EQ(CalcTristimulusXYZ1931(s5.v.data(), &r5, g5), 1);
+        for (int k = 0; k < 3; ++k) {
+            EXPECT_NEAR(xyz5[k], worked(s5, k), 2e-6 * worked(s5, k));
+            EXPECT_NEAR(xyz5[k], xyz[k], 5e-3 * xyz[k]);
+            EXPECT_NEAR(g5[k], xyz5[k], 1e-6 * xyz5[k]);
+        }
+    }
+}
+
+TEST(Tristimulus, FlatAndIrregularSpectra)
+{
+    // Y of a flat spectrum is the trapezoid area of y-bar, in both styles.
+    const Spectrum s = flat(360, 830, 1);
+    const typ_wlinfo r{360, 830, 1};
+    float xyz[3], g[3], xi[3], y = 0;
+    ASSERT_EQ(CalcTristimulusXYZ1931_2(s.wl.data(), s.v.data(), s.n(), xyz), 1);
+    EXPECT_NEAR(xyz[1], 106.86f, 0.01f);
+    ASSERT_EQ(CalcTristimulusXYZ1931(s.v.data(), &r, g), 1);
+    for (int k = 0; k < 3; ++k) EXPECT_EQ(g[k], xyz[k]);
+
+    // Irregular steps of 0.4 to 2.1 nm reaching past both ends of the tables.
+    Spectrum irr;
+    const float steps[] = {0.7f, 1.3f, 0.4f, 2.1f, 0.9f};
+    for (float w = 352.3f; w < 838; w += steps[irr.wl.size() % 5]) irr.wl.push_back(w);
+    irr.v.assign(irr.wl.size(), 1.0f);
+    ASSERT_EQ(CalcTristimulusXYZ1931_2(irr.wl.data(), irr.v.data(), irr.n(), xi), 1);
+    for (int k = 0; k < 3; ++k) EXPECT_NEAR(xi[k], xyz[k], 2e-3 * xyz[k]) << k;
+
+    // 300..900 nm: samples outside 360..830 nm count 0, however large.
+    Spectrum wide = flat(300, 900, 1);
+    for (size_t i = 0; i < wide.wl.size(); ++i)
+        if (wide.wl[i] < 360 || wide.wl[i] > 830) wide.v[i] = 1e6f;
+    ASSERT_EQ(CalcTristimulusXYZ(wide.wl.data(), wide.v.data(), wide.n(), 1, &y), 1);
+    EXPECT_NEAR(y, worked(wide, 1), 1e-6 * y);
+}
+
+TEST(Tristimulus, LimitsCountsAndBadInput)
+{
+    float y;
+    auto y_of = [&y](const Vec& wl, int selector = 1) {
+        const Vec v(wl.size(), 1.0f);
+        y = 99;
+        return CalcTristimulusXYZ(wl.data(), v.data(), static_cast<int>(wl.size()), selector, &y);
+    };
+    EXPECT_EQ(y_of({366, 367, 368, 369, 370.0f}), -3);
+    EXPECT_EQ(y, 0.0f);
+    EXPECT_EQ(y_of({366, 367, 368, 369, 370.5f}), 1);
+    EXPECT_GT(y, 0.0f);
+    EXPECT_EQ(y_of({820.0f, 821, 822, 823, 824}), -3);
+    EXPECT_EQ(y_of({819.5f, 821, 822, 823, 824}), 1);
+    EXPECT_EQ(y_of({500, 501, 502, 503}), -2);
+    const Spectrum five = flat(500, 504, 1);
+    EXPECT_EQ(y_of(five.wl), 1);
+    EXPECT_NEAR(y, worked(five, 1), 1e-6);
+    // A repeated or falling wavelength, or NaN: no colour, but success.
+    for (float third : {501.0f, 499.0f, std::numeric_limits<float>::quiet_NaN()}) {
+        EXPECT_EQ(y_of({500, 501, third, 503, 504}), 1);
+        EXPECT_EQ(y, 0.0f);
+    }
+    EXPECT_EQ(y_of(five.wl, 6), -1);
+    EXPECT_EQ(y_of(five.wl, -1), -1);
+    EXPECT_EQ(y, 0.0f);
+
+    const float *w = five.wl.data(), *v = five.v.data();
+    float xyz[3] = {1, 2, 3};
+    EXPECT_EQ(CalcTristimulusXYZ1964_2(w, v, 4, xyz), -2);
+    EXPECT_EQ(xyz[0] + xyz[1] + xyz[2], 0.0f);
+    EXPECT_EQ(CalcTristimulusXYZ(w, v, -5, 1, &y), -2);
+    EXPECT_EQ(CalcTristimulusXYZ(nullptr, v, 5, 1, &y), -1);
+    EXPECT_EQ(CalcTristimulusXYZ(w, nullptr, 5, 1, &y), -1);
+    EXPECT_EQ(CalcTristimulusXYZ(w, v, 5, 1, nullptr), -1);
+
+    // A wavelength far beyond the table defeats the resampling: -5, and as
+    // after a lone x-bar call, Interpolate2's cache holds the x-bar result
+    // (a call with other source wavelengths gets it back, status 1).
+    Vec far = {500, 501, 502, 503, 1e12f}, got(5);
+    Spectrum xbar = cie(0);
+    EXPECT_EQ(CalcTristimulusXYZ1931_2(far.data(), v, 5, xyz), -5);
+    for (float& wl : xbar.wl) wl += 3;
+    EXPECT_EQ(Interpolate2(xbar.wl.data(), xbar.v.data(), 471, far.data(), got.data(), 5), 1);
+    EXPECT_EQ(got[0], xbar.v[140]);  // x-bar at 500 nm on the true grid
+
+    // Evenly spaced: a 4-point or invalid record, null pointers.
+    const typ_wlinfo four{400, 415, 5}, bad{400, 700, 0};
+    xyz[0] = xyz[1] = xyz[2] = 5;
+    EXPECT_EQ(CalcTristimulusXYZ1931(v, &four, xyz), -2);
+    EXPECT_EQ(xyz[0] + xyz[1] + xyz[2], 0.0f);
+    EXPECT_EQ(CalcTristimulusXYZ1964(v, &bad, xyz), -2);
+    EXPECT_EQ(CalcTristimulusXYZ1931(nullptr, &four, xyz), -1);
+    EXPECT_EQ(CalcTristimulusXYZ1931(v, nullptr, xyz), -1);
+    EXPECT_EQ(CalcTristimulusXYZ1931(v, &four, nullptr), -1);
+}
+
+TEST(Tristimulus, NormalisingConstantIsShiftedOneSample)
+{
+    // Flat 1.0 on 360..830: the sum covers 361..831 nm, 831 counting 0.
+    const typ_wlinfo r{360, 830, 1};
+    const Vec ones(471, 1.0f), dark(471, 0.0f);
+    float k = 0;
+    for (int observer : {1, 0, 7}) {
+        const Spectrum ybar = cie(observer == 0 ? 4 : 1);
+        double area = ybar.v[470] / 2.0;
+        for (size_t i = 2; i <= 470; ++i) area += (ybar.v[i - 1] + ybar.v[i]) / 2.0;
+        EXPECT_EQ(CalcTristimulusK(ones.data(), &r, observer, &k), 1);
+        EXPECT_FLOAT_EQ(k, float(100.0 / area)) << observer;
+    }
+    // Starting above 360 nm nothing is skipped at the start, but the half
+    // sample after the last one still counts (as 0).
+    const Spectrum d5 = cie(9, 5, 380, 780);
+    const typ_wlinfo r5{380, 780, 5};
+    const double area = worked(d5, 1) + 2.5 * (cie(1).v[420] * d5.v[80]);
+    EXPECT_EQ(CalcTristimulusK(d5.v.data(), &r5, 1, &k), 1);
+    EXPECT_FLOAT_EQ(k, float(100.0 / area));
+
+    // No light, or no overlap with the table: an infinite k.
+    const typ_wlinfo ir{900, 1000, 1};
+    EXPECT_EQ(CalcTristimulusK(dark.data(), &r, 1, &k), 1);
+    EXPECT_TRUE(std::isinf(k));
+    EXPECT_EQ(CalcTristimulusK(dark.data(), &ir, 1, &k), 1);
+    EXPECT_TRUE(std::isinf(k));
+    EXPECT_EQ(CalcTristimulusK(nullptr, &r, 1, &k), -1);
+    EXPECT_EQ(k, 0.0f);
+    EXPECT_EQ(CalcTristimulusK(dark.data(), nullptr, 1, &k), -1);
+    EXPECT_EQ(CalcTristimulusK(dark.data(), &r, 1, nullptr), -1);
+}
+
+TEST(Tristimulus, CieDataTakenAsSpectra)
+{
+    // y-bar as a spectrum: Y is the integral of y-bar squared, X of x-bar y-bar.
+    const Spectrum xbar = cie(0), ybar = cie(1);
+    double xy = 0, yy = 0;
+    for (size_t i = 1; i < 471; ++i) {
+        xy += (double(xbar.v[i - 1] * ybar.v[i - 1]) + double(xbar.v[i] * ybar.v[i])) / 2;
+        yy += (double(ybar.v[i - 1] * ybar.v[i - 1]) + double(ybar.v[i] * ybar.v[i])) / 2;
+    }
+    float xyz[3], direct[3];
+    ASSERT_EQ(GetCIEDataTristimulus(1, xyz), 1);
+    EXPECT_NEAR(xyz[0], xy, 1e-6 * xy);
+    EXPECT_NEAR(xyz[1], yy, 1e-6 * yy);
+
+    // Every table, equal energy included, as the array triple on its grid.
+    for (int sel = 0; sel <= 10; ++sel) {
+        const Spectrum s = sel == 10 ? flat(300, 830, 1) : cie(sel);
+        ASSERT_EQ(CalcTristimulusXYZ1931_2(s.wl.data(), s.v.data(), s.n(), direct), 1);
+        ASSERT_EQ(GetCIEDataTristimulus(sel, xyz), 1) << sel;
+        for (int k = 0; k < 3; ++k) EXPECT_EQ(xyz[k], direct[k]) << sel;
+    }
+    xyz[0] = 4;
+    EXPECT_EQ(GetCIEDataTristimulus(11, xyz), -1);
+    EXPECT_EQ(GetCIEDataTristimulus(-1, xyz), -1);
+    EXPECT_EQ(xyz[0], 4.0f);  // untouched
+    EXPECT_EQ(GetCIEDataTristimulus(1, nullptr), -1);
+}
+
+}  // namespace
