@@ -15,6 +15,10 @@
 #include "qomath/spectral_arith.h"
 #include "qomath/tristimulus.h"
 #include "qomath/chromaticity.h"
+#include "qomath/cct.h"
+#include "qomath/dominant.h"
+#include "qomath/cri.h"
+#include "qomath/photometry.h"
 #include "qomath/straylight.h"
 
 #endif /* QOMATH_QOMATH_H */
