@@ -12,24 +12,34 @@ namespace {
 
 // The five locus points that carry the interpolation in nanometre block i.
 // They are centred on the block where that works. y is interpolated as a
-// polynomial in x, so the five x values must run one way: near 504 nm, where
-// x turns from falling to rising, a centred window would straddle the turn
-// and the polynomial would swing far off the locus, so the window moves to the
-// side the block lies on. The window stays inside 360..699 nm: the rounded
-// locus has the same x (0.73469) at 699 and 700 nm, and no polynomial in x
-// passes through two points with one abscissa; the last block is flat in x
-// and lands on the 699 nm point anyway.
+// polynomial in x, so the five x values must run one way, and the point where
+// x turns from falling to rising (504 nm, where y is a steep function of x)
+// may only be in the window when the block itself ends there: a window that
+// straddles or merely touches the turn makes the polynomial swing off the
+// locus. Otherwise the window moves by one or two points. It stays inside
+// 360..699 nm: the rounded locus has the same x (0.73469) at 699 and 700 nm,
+// and no polynomial in x passes through two points with one abscissa; the
+// last block is flat in x and lands on the 699 nm point anyway.
 constexpr int kWindow = 5;
 constexpr int kLastWindowStart = kLocus1931Points - 1 - kWindow;  // 695 nm
 
-bool monotonic(const float* x)
+bool turns_at(const float* lx, int k)
+{
+    return k > 0 && k < kLocus1931Points - 1 &&
+           (lx[k] - lx[k - 1]) * (lx[k + 1] - lx[k]) <= 0.0f;
+}
+
+bool usable(const float* lx, int start, int block)
 {
     bool rising = true, falling = true;
-    for (int k = 1; k < kWindow; ++k) {
-        rising = rising && x[k] > x[k - 1];
-        falling = falling && x[k] < x[k - 1];
+    for (int k = start + 1; k < start + kWindow; ++k) {
+        rising = rising && lx[k] > lx[k - 1];
+        falling = falling && lx[k] < lx[k - 1];
     }
-    return rising || falling;
+    if (!rising && !falling) return false;
+    for (int k = start; k < start + kWindow; ++k)
+        if (k != block && k != block + 1 && turns_at(lx, k)) return false;
+    return true;
 }
 
 int window_start(const float* lx, int block)
@@ -39,7 +49,7 @@ int window_start(const float* lx, int block)
     const int offsets[] = {2, 1, 3, 0};
     for (int off : offsets) {
         const int s = std::clamp(block - off, 0, kLastWindowStart);
-        if (monotonic(lx + s)) return s;
+        if (usable(lx, s, block)) return s;
     }
     return std::clamp(block - 2, 0, kLastWindowStart);
 }
