@@ -51,6 +51,8 @@ install: build
 # Regenerates the stored, generated tables in data/ from their generators.
 data: build
 	$(BUILD)/tools/qomath_gen_locus data/cie1931_locus_0p1nm.csv
+	$(BUILD)/tools/qomath_gen_isotemperature data/isotemperature_1mired.csv
+	$(BUILD)/tools/qomath_gen_white_led data/white_led_raw_1024.csv
 
 clean:
 	rm -rf $(BUILD) $(BUILD_ASAN) $(BUILD_BENCH)
