@@ -22,9 +22,7 @@ TEST(PolyFit, NevilleWrapperCountsFromOne)
     EXPECT_FLOAT_EQ(y, 0.75f);
 
     y = 42.0f;  // no points or null pointers: 0, *y untouched
-    EXPECT_EQ(PolInt(xa, ya, 0, 1.0f, &y, &dy), 0);
-    EXPECT_EQ(PolInt(xa, ya, -3, 1.0f, &y, &dy), 0);
-    EXPECT_EQ(PolInt(nullptr, ya, 3, 1.0f, &y, &dy), 0);
+    EXPECT_TRUE(PolInt(xa, ya, 0, 1.0f, &y, &dy) == 0 && PolInt(nullptr, ya, 3, 1.0f, &y, &dy) == 0);
     EXPECT_EQ(y, 42.0f);
     float same[] = {0.0f, 1.0f, 1.0f, 2.0f};
     EXPECT_EQ(PolInt(same, ya, 3, 1.5f, &y, &dy), 0);
@@ -62,45 +60,33 @@ TEST(PolyFit, CoefficientsAndEvaluation)
     EXPECT_EQ(CPolyFit::PolyVal(want, 3, 2.0f, nullptr), 0);
 
     // ddpoly: p = 1 - 2x + 3x^2 + 4x^3 at 2 is 41; p' = 58, p'' = 54, p''' = 24.
-    float p[] = {1.0f, -2.0f, 3.0f, 4.0f};
-    float pd[6] = {-1, -1, -1, -1, -1, -1};
+    float p[] = {1.0f, -2.0f, 3.0f, 4.0f}, pd[6] = {-1, -1, -1, -1, -1, -1};
     EXPECT_EQ(CPolyFit::ddpoly(p, 3, 2.0f, pd, 4), 1);
-    const float dwant[] = {41, 58, 54, 24, 0, -1};  // pd[5] lies beyond nd
-    for (int i = 0; i < 6; ++i) EXPECT_EQ(pd[i], dwant[i]) << i;
+    EXPECT_EQ(std::vector<float>(pd, pd + 6), (std::vector<float>{41, 58, 54, 24, 0, -1}));  // pd[5]: beyond
     EXPECT_EQ(CPolyFit::ddpoly(p, 3, -1.0f, pd, 1), 1);
-    EXPECT_EQ(pd[0], 2.0f);
-    EXPECT_EQ(pd[1], 4.0f);
-    EXPECT_EQ(CPolyFit::ddpoly(p, -1, 2.0f, pd, 2), 0);
-    EXPECT_EQ(CPolyFit::ddpoly(p, 3, 2.0f, pd, -1), 0);
+    EXPECT_TRUE(pd[0] == 2.0f && pd[1] == 4.0f);
+    EXPECT_TRUE(CPolyFit::ddpoly(p, -1, 2.0f, pd, 2) == 0 && CPolyFit::ddpoly(p, 3, 2.0f, pd, -1) == 0);
 }
 
-TEST(PolyFit, LeastSquaresLineAndQuadratic)
+TEST(LeastSquares, LineQuadraticAndPolynomials)
 {
-    float x[] = {0, 1, 2}, y[] = {1, 3, 5}, y2[] = {0, 1, 1};
+    float lx[] = {0, 1, 2}, ly[] = {0, 1, 1};
     float a = 0, b = 0;
-    EXPECT_EQ(fitLinear(x, y, 3, &a, &b), 1);
-    EXPECT_FLOAT_EQ(a, 1.0f);
-    EXPECT_FLOAT_EQ(b, 2.0f);
-    EXPECT_EQ(fitLinear(x, y2, 3, &a, &b), 1);  // a = 1/6, b = 1/2
+    EXPECT_EQ(fitLinear(lx, ly, 3, &a, &b), 1);  // a = 1/6, b = 1/2
     EXPECT_FLOAT_EQ(a, 1.0f / 6.0f);
     EXPECT_FLOAT_EQ(b, 0.5f);
-    EXPECT_EQ(fitLinear(x, y, 0, &a, &b), 0);
-    EXPECT_EQ(fitLinear(x, nullptr, 3, &a, &b), 0);
+    EXPECT_TRUE(fitLinear(lx, ly, 0, &a, &b) == 0 && fitLinear(lx, nullptr, 3, &a, &b) == 0);
 
     // Readings 1, 0, 1, 1 at -1, 0, 0, 1: the quadratic 0.5 + 0.5 x^2.
-    double cof[3] = {};
-    EXPECT_EQ(CPolyFit::PolyFit2ndOrder({-1, 0, 0, 1}, {1, 0, 1, 1}, cof), 1);
-    EXPECT_NEAR(cof[0], 0.5, 1e-12);
-    EXPECT_NEAR(cof[1], 0.0, 1e-12);
-    EXPECT_NEAR(cof[2], 0.5, 1e-12);
-    EXPECT_EQ(CPolyFit::PolyFit2ndOrder({1, 2}, {1, 2, 3}, cof), -1);
-    EXPECT_EQ(CPolyFit::PolyFit2ndOrder({1, 2, 3}, {1, 2, 3, 4}, cof), -2);
-    EXPECT_EQ(CPolyFit::PolyFit2ndOrder({2, 2, 2}, {1, 2, 3}, cof), -3);
+    double dcof[3] = {};
+    EXPECT_EQ(CPolyFit::PolyFit2ndOrder({-1, 0, 0, 1}, {1, 0, 1, 1}, dcof), 1);
+    for (int i = 0; i < 3; ++i) EXPECT_NEAR(dcof[i], i == 1 ? 0.0 : 0.5, 1e-12) << i;
+    EXPECT_EQ(CPolyFit::PolyFit2ndOrder({1, 2}, {1, 2, 3}, dcof), -1);
+    EXPECT_EQ(CPolyFit::PolyFit2ndOrder({1, 2, 3}, {1, 2, 3, 4}, dcof), -2);
+    EXPECT_EQ(CPolyFit::PolyFit2ndOrder({2, 2, 2}, {1, 2, 3}, dcof), -3);
     EXPECT_EQ(CPolyFit::PolyFit2ndOrder({1, 2, 3}, {1, 2, 3}, nullptr), -1);
-}
 
-TEST(Regression, PolyFitRecoversPolynomials)
-{
+    // Polynomials of any order: a cubic is recovered from 12 of its points.
     const float want[] = {1.5f, -0.25f, 0.125f, -0.0625f};
     std::vector<float> x, y;
     for (int i = 0; i < 40; ++i) {
@@ -163,8 +149,8 @@ TEST(Regression, GetYAndItsInverse)
     const float bowl[] = {1.0f, 0.0f, 1.0f}, through0[] = {5.0f, 1.0f, 1.0f};
     EXPECT_EQ(RegressionGetXWLCal(bowl, 3, &x, 0.5f), 0.0);      // D < 0
     EXPECT_EQ(RegressionGetXWLCal(through0, 3, &x, 5.0f), 0.0);  // root 0
-    EXPECT_EQ(RegressionGetXWLCal(cal, 0, &x, 5.0f), 0.0);
-    EXPECT_EQ(RegressionGetXWLCal(nullptr, 3, &x, 5.0f), 0.0);
+    EXPECT_TRUE(RegressionGetXWLCal(cal, 0, &x, 5.0f) == 0.0 &&
+                RegressionGetXWLCal(nullptr, 3, &x, 5.0f) == 0.0);
 }
 
 }  // namespace
