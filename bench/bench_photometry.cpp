@@ -7,25 +7,13 @@
 #include <cmath>
 #include <vector>
 
+#include "bench_spectra.hpp"
 #include "qomath/photometry.h"
 
 namespace {
 
-struct Spectrum {
-    std::vector<float> wl, v;
-};
-
-Spectrum spectrum(int n)
-{
-    const float step = n == 471 ? 1.0f : 0.23f;
-    Spectrum s;
-    for (int i = 0; i < n; ++i) {
-        const float w = 360.0f + static_cast<float>(i) * step;
-        s.wl.push_back(w);
-        s.v.push_back(1.0f + 0.5f * std::sin(w / 37.0f));  // smooth, positive
-    }
-    return s;
-}
+using qomath::bench::Spectrum;
+using qomath::bench::spectrum;
 
 template <int (*Calc)(const float*, const float*, int, float*)>
 void BM_Photometric(benchmark::State& state)

@@ -6,28 +6,13 @@
 #include <cmath>
 #include <vector>
 
+#include "bench_spectra.hpp"
 #include "qomath/tristimulus.h"
 
 namespace {
 
-// The two measured spectra: 471 points at 1 nm from 360 nm (every
-// wavelength a table point), and 2048 points at 0.23 nm from 360 nm
-// (almost none a table point).
-struct Spectrum {
-    std::vector<float> wl, v;
-};
-
-Spectrum spectrum(int n)
-{
-    const float step = n == 471 ? 1.0f : 0.23f;
-    Spectrum s;
-    for (int i = 0; i < n; ++i) {
-        const float w = 360.0f + static_cast<float>(i) * step;
-        s.wl.push_back(w);
-        s.v.push_back(1.0f + 0.5f * std::sin(w / 37.0f));  // smooth, positive
-    }
-    return s;
-}
+using qomath::bench::Spectrum;
+using qomath::bench::spectrum;
 
 void BM_CalcTristimulusXYZ1931_2(benchmark::State& state)
 {

@@ -6,26 +6,14 @@
 #include <cstdio>
 
 #include "colorimetry/planck.hpp"
+#include "table_file.hpp"
 
 int main(int argc, char** argv)
 {
-    if (argc != 2) {
-        std::fprintf(stderr, "usage: %s OUT.csv\n", argv[0]);
-        return 2;
-    }
-    std::FILE* f = std::fopen(argv[1], "wb");
-    if (!f) {
-        std::perror(argv[1]);
-        return 1;
-    }
-    std::fprintf(f, "i,u,v,t\n");
-    for (int i = 0; i < qomath::cct::kLines; ++i) {
-        const qomath::cct::LocusPoint p = qomath::cct::isotemperature_line(i);
-        std::fprintf(f, "%d,%.17g,%.17g,%.17g\n", i, p.u, p.v, p.t);
-    }
-    if (std::fclose(f) != 0) {
-        std::perror(argv[1]);
-        return 1;
-    }
-    return 0;
+    return qomath::tools::write_table(argc, argv, "i,u,v,t", [](std::FILE* f) {
+        for (int i = 0; i < qomath::cct::kLines; ++i) {
+            const qomath::cct::LocusPoint p = qomath::cct::isotemperature_line(i);
+            std::fprintf(f, "%d,%.17g,%.17g,%.17g\n", i, p.u, p.v, p.t);
+        }
+    });
 }

@@ -15,6 +15,8 @@
 #include <cstdio>
 #include <vector>
 
+#include "table_file.hpp"
+
 namespace {
 
 constexpr int kPixels = 1024;
@@ -102,10 +104,6 @@ std::vector<long long> signal(const Model& m, double a)
 
 int main(int argc, char** argv)
 {
-    if (argc != 2) {
-        std::fprintf(stderr, "usage: %s OUT.csv\n", argv[0]);
-        return 2;
-    }
     const Model m = model();
     // Pixel 0 sees no light, so the offset follows from its read noise alone.
     const long long offset = kFirstValue - signal(m, 0.0)[0];
@@ -127,16 +125,7 @@ int main(int argc, char** argv)
         return 1;
     }
 
-    std::FILE* f = std::fopen(argv[1], "wb");
-    if (!f) {
-        std::perror(argv[1]);
-        return 1;
-    }
-    std::fprintf(f, "counts\n");
-    for (const long long c : counts) std::fprintf(f, "%lld\n", offset + c);
-    if (std::fclose(f) != 0) {
-        std::perror(argv[1]);
-        return 1;
-    }
-    return 0;
+    return qomath::tools::write_table(argc, argv, "counts", [&](std::FILE* f) {
+        for (const long long c : counts) std::fprintf(f, "%lld\n", offset + c);
+    });
 }
