@@ -20,5 +20,8 @@
 #include "qomath/cri.h"
 #include "qomath/photometry.h"
 #include "qomath/straylight.h"
+#include "qomath/units.h"
+#include "qomath/spectral_file.h"
+#include "qomath/qofile.h"
 
 #endif /* QOMATH_QOMATH_H */
