@@ -60,8 +60,12 @@ ReplacingFile::ReplacingFile(const char* target) : target_(target ? target : "")
     if (target_.empty()) return;
     // The temporary file sits beside the target so that the final rename
     // stays on one file system.
-    temp_ = target_ + ".qomath-" + std::to_string(QOMATH_GETPID()) + "-" +
-            std::to_string(g_temp_counter.fetch_add(1)) + ".tmp";
+    // (snprintf rather than std::to_string: the latter's helpers would join
+    // the library's exported names.)
+    char suffix[64];
+    std::snprintf(suffix, sizeof suffix, ".qomath-%ld-%u.tmp", static_cast<long>(QOMATH_GETPID()),
+                  g_temp_counter.fetch_add(1));
+    temp_ = target_ + suffix;
     file_ = std::fopen(temp_.c_str(), "w");
 }
 

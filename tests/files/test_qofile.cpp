@@ -1,0 +1,387 @@
+// CQOFile and QOReadSpectralFile: loading, the tag rules, saving byte for
+// byte and safely, copies, every status code and hostile files.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <csignal>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include <sys/resource.h>
+#include <unistd.h>
+
+#include "qomath/qofile.h"
+#include "qomath/spectral_file.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using Lines = std::vector<std::string>;
+
+const fs::path& folder()
+{
+    static const fs::path dir = [] {
+        fs::path d = fs::temp_directory_path() / ("qomath-qofile-" + std::to_string(::getpid()));
+        fs::create_directories(d);
+        return d;
+    }();
+    return dir;
+}
+
+struct RemoveFolder : ::testing::Environment {
+    void TearDown() override { fs::remove_all(folder()); }
+};
+[[maybe_unused]] auto* const g_cleanup = ::testing::AddGlobalTestEnvironment(new RemoveFolder);
+
+std::string put(const std::string& name, const std::string& bytes)
+{
+    const fs::path p = folder() / name;
+    std::ofstream(p, std::ios::binary) << bytes;
+    return p.string();
+}
+
+std::string get(const std::string& path)
+{
+    std::ifstream in(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(in), {}};
+}
+
+std::string join(const Lines& lines, std::size_t n = std::string::npos)
+{
+    std::string s;
+    for (std::size_t i = 0; i < lines.size() && i < n; ++i) s += lines[i] + "\n";
+    return s;
+}
+
+// A version 2.0 file with the given info lines and points "w,v" for w from
+// 380; count and infoCount replace the announced numbers when given.
+std::string file2(const Lines& info, int points, const std::string& count = "",
+                  const std::string& infoCount = "")
+{
+    Lines l{"2.0 [Quarvel Optronic Spectral File]", "Head", "Irradiance",
+            infoCount.empty() ? std::to_string(info.size()) : infoCount};
+    l.insert(l.end(), info.begin(), info.end());
+    l.insert(l.end(), {"380", count.empty() ? std::to_string(points) : count, "999"});
+    for (int i = 0; i < points; ++i) l.push_back(std::to_string(380 + i) + "," + std::to_string(i));
+    return join(l);
+}
+
+int load(const std::string& bytes)
+{
+    CQOFile f;
+    return f.Load(put("t.txt", bytes).c_str());
+}
+
+const Lines kFull{"2.0 [Quarvel Optronic Spectral File]\r",
+                  "Lamp A\r",
+                  "Irradiance",
+                  "4",
+                  "2021-03-04 10:11:12 [Timestamp]",
+                  "250.5 [Integration Time ms]",
+                  "12 [AVERAGES]",
+                  "note",
+                  "380.0",
+                  "3",
+                  "382.0",
+                  "380.000000, 1.50000000e-01",
+                  "381,2.5e-3\r",
+                  "382,-7"};
+
+TEST(QOFile, LoadsAVersion2FileWithAllTags)
+{
+    CQOFile f;
+    ASSERT_EQ(f.Load(put("full.txt", join(kFull)).c_str()), 1);
+    EXPECT_STREQ(f.GetHeader(), "Lamp A\r");  // text lines keep their CR
+    EXPECT_STREQ(f.GetUnitName(), "Irradiance");
+    EXPECT_STREQ(f.GetTimeStamp(), "2021-03-04 10:11:12");
+    EXPECT_EQ(f.GetIntegrationTime_ms(), 250.5);
+    EXPECT_EQ(f.GetAverages(), 12u);
+    EXPECT_EQ(f.GetAdditionalInfoCount(), 4u);
+    EXPECT_STREQ(f.GetAdditionLineInfo(3), "note");
+    EXPECT_EQ(f.GetAdditionLineInfo(4), nullptr);
+    EXPECT_EQ(f.GetDataLength(), 3u);
+    EXPECT_EQ(f.GetWavelengthLength(), 3u);
+    EXPECT_EQ(f.GetWavelength(), (std::vector<double>{380, 381, 382}));
+    EXPECT_EQ(f.GetSpectral(), (std::vector<double>{0.15, 2.5e-3, -7}));
+
+    // A later load starts from scratch; Init empties everything.
+    ASSERT_EQ(f.Load(put("plain.txt", file2({}, 2)).c_str()), 1);
+    EXPECT_STREQ(f.GetTimeStamp(), "");
+    EXPECT_EQ(f.GetAverages(), 0u);
+    f.Init();
+    EXPECT_STREQ(f.GetHeader(), "");
+    EXPECT_EQ(f.GetDataLength() + f.GetWavelengthLength() + f.GetAdditionalInfoCount(), 0u);
+    EXPECT_TRUE(f.GetSpectral().empty());
+}
+
+TEST(QOFile, TagsAreCaseSensitiveAndCutBeforeTheBlank)
+{
+    struct Case {
+        std::string info;
+        unsigned averages;
+        std::string stamp;
+        double ms;
+    } cases[] = {
+        {"3 [AVERAGES]", 3, "", 0},
+        {"3 [Averages]", 0, "", 0},   // the Kavri Wendo spelling is not taken
+        {"3[AVERAGES]", 0, "", 0},    // p - 1 characters: nothing left
+        {"[Timestamp] 12:00", 0, "[Timestamp] 12:00", 0},  // tag at 0: whole line
+        {"x  [Timestamp]", 0, "x ", 0},
+        {"[timestamp] x", 0, "", 0},
+        {"7 [Integration Time MS]", 0, "", 0},
+        {"7 [Integration Time ms] [AVERAGES]", 7, "", 7},
+    };
+    for (const Case& c : cases) {
+        CQOFile f;
+        ASSERT_EQ(f.Load(put("tag.txt", file2({c.info}, 2)).c_str()), 1) << c.info;
+        EXPECT_EQ(f.GetAverages(), c.averages) << c.info;
+        EXPECT_EQ(f.GetTimeStamp(), c.stamp) << c.info;
+        EXPECT_EQ(f.GetIntegrationTime_ms(), c.ms) << c.info;
+    }
+}
+
+TEST(QOFile, EveryLoadStatusCode)
+{
+    // The full file cut after k lines fails at the step of the missing line.
+    const int cut[] = {-3, -6, -7, -8, -9, -9, -9, -9, -10, -11, -12, -14, -14, -14};
+    for (std::size_t k = 0; k < kFull.size(); ++k)
+        EXPECT_EQ(load(join(kFull, k)), cut[k]) << k << " lines";
+    EXPECT_EQ(load(join(kFull)), 1);
+
+    CQOFile f;
+    EXPECT_EQ(f.Load(nullptr), -1);
+    EXPECT_EQ(f.Load("ab"), -1);
+    EXPECT_EQ(f.Load((folder() / "missing.txt").c_str()), -2);
+    EXPECT_EQ(f.Load(folder().c_str()), -2);
+    EXPECT_EQ(load("2.0 Quarvel Optronic Spectral File\n"), -4);
+    EXPECT_EQ(load("1.0 [Quarvel Optronic Spectral File]\nH\nU\n0\n380\n2\n381\n1,1\n2,2\n"), -5);
+    EXPECT_EQ(load("1.99 [Quarvel Optronic Spectral File]\n"), -5);
+    // A 2.5 file is read in full with the 2.0 layout.
+    std::string v25 = file2({"a"}, 3);
+    v25.replace(0, 3, "2.5");
+    ASSERT_EQ(f.Load(put("v25.txt", v25).c_str()), 1);
+    EXPECT_EQ(f.GetWavelength(), (std::vector<double>{380, 381, 382}));
+    EXPECT_STREQ(f.GetAdditionLineInfo(0), "a");
+
+    // Point counts: below 2, negative or beyond the file's size give -13
+    // (nothing allocated for them); the announced count stays readable.
+    for (const char* n : {"0", "1", "-5", "abc", "4294967295", "2147483647"})
+        EXPECT_EQ(f.Load(put("n.txt", file2({}, 2, n)).c_str()), -13) << n;
+    EXPECT_EQ(f.GetDataLength(), 2147483647u);
+    EXPECT_EQ(f.GetWavelengthLength(), 0u);
+    EXPECT_EQ(load(file2({}, 3, "60")), -14);  // plausible count, truncated data
+
+    // Information counts beyond the file's size (and negative ones) give -8.
+    for (const char* n : {"2147483647", "-1"})
+        EXPECT_EQ(f.Load(put("n.txt", file2({}, 2, "", n)).c_str()), -8) << n;
+    EXPECT_EQ(f.GetAdditionalInfoCount(), 4294967295u);
+    EXPECT_EQ(f.GetAdditionLineInfo(0), nullptr);
+}
+
+TEST(QOFile, HostileLinesAndNumbers)
+{
+    const std::string h254(254, 'h');
+    const std::string first = "2.0 [Quarvel Optronic Spectral File]\n";
+    CQOFile f;
+    ASSERT_EQ(f.Load(put("h.txt", first + h254 + "\nU\n0\n1\n2\n2\n1,1\n2,2\n").c_str()), 1);
+    EXPECT_EQ(f.GetHeader(), h254);
+    EXPECT_EQ(load(first + h254 + "h\nU\n0\n1\n2\n2\n1,1\n2,2\n"), -6);
+    EXPECT_EQ(load(first + "H\n" + std::string(5000, 'u') + "\n0\n"), -7);
+    EXPECT_EQ(load(file2({std::string(255, 'i')}, 2)), -9);
+    EXPECT_EQ(load(file2({}, 2) + std::string(5000, '9')), 1);  // after the last point
+    EXPECT_EQ(load(file2({}, 2, "3") + std::string(5000, '9') + "\n"), -14);
+    std::string garbage(4096, '\0');
+    for (std::size_t i = 0; i < garbage.size(); ++i) garbage[i] = static_cast<char>(i * 131 + 7);
+    EXPECT_LT(load(garbage), 0);
+    EXPECT_LT(load(file2({}, 2, "20") + garbage), 2);  // whatever it holds, no crash
+
+    // Numbers: scanned with "%lf,%lf"; what cannot be read stays 0.
+    ASSERT_EQ(f.Load(put("num.txt", first + "H\nU\n0\nx\n6\ny\n"
+                                            "nan,inf\nabc,def\n380 0.5\n381 ,0.5\n382, 7\n,9\n")
+                                .c_str()),
+              1);
+    const std::vector<double> w = f.GetWavelength(), s = f.GetSpectral();
+    EXPECT_TRUE(std::isnan(w[0]) && std::isinf(s[0]));
+    const std::vector<double> wr(w.begin() + 1, w.end()), sr(s.begin() + 1, s.end());
+    EXPECT_EQ(wr, (std::vector<double>{0, 380, 381, 382, 0}));
+    EXPECT_EQ(sr, (std::vector<double>{0, 0, 0, 7, 0}));
+
+    // 51 information lines and 4097 points load; 4096 points are no limit either.
+    Lines info51(51, "i");
+    ASSERT_EQ(f.Load(put("big.txt", file2(info51, 4097)).c_str()), 1);
+    EXPECT_EQ(f.GetAdditionalInfoCount(), 51u);
+    EXPECT_EQ(f.GetWavelengthLength(), 4097u);
+}
+
+TEST(QOFile, CopiesAreMemberwiseAndIndependent)
+{
+    CQOFile a;
+    ASSERT_EQ(a.Load(put("full.txt", join(kFull)).c_str()), 1);
+    CQOFile b(a);
+    CQOFile c;
+    c = a;
+    CQOFile& same = c;
+    c = same;  // self-assignment keeps the contents
+    a.Init();
+    for (CQOFile* x : {&b, &c}) {
+        EXPECT_STREQ(x->GetHeader(), "Lamp A\r");
+        EXPECT_STREQ(x->GetTimeStamp(), "2021-03-04 10:11:12");
+        EXPECT_EQ(x->GetAverages(), 12u);
+        EXPECT_EQ(x->GetIntegrationTime_ms(), 250.5);
+        EXPECT_STREQ(x->GetAdditionLineInfo(3), "note");
+        EXPECT_EQ(x->GetSpectral(), (std::vector<double>{0.15, 2.5e-3, -7}));
+    }
+    EXPECT_NE(b.GetHeader(), c.GetHeader());
+    c = a;  // assigning an empty object empties
+    EXPECT_EQ(c.GetWavelengthLength() + c.GetAdditionalInfoCount(), 0u);
+}
+
+TEST(QOFile, SaveWritesStreamFormattedLinesAndRoundTrips)
+{
+    CQOFile f;
+    const std::string p = (folder() / "saved.txt").string();
+    ASSERT_EQ(f.Save(p.c_str(), "Hdr", "Counts", {380, 380.5, 0.1234567}, {1e-7, 123456789, 0.5},
+                     {"a [Timestamp]"}),
+              1);
+    EXPECT_EQ(get(p),
+              "2.0 [Quarvel Optronic Spectral File]\nHdr\nCounts\n1\na [Timestamp]\n380\n3\n"
+              "0.123457\n380,1e-07\n380.5,1.23457e+08\n0.123457,0.5\n");
+
+    // The numbers are what a default-formatted stream prints.
+    const std::vector<double> v{0, -0.0, 1, -2.5, 1e-5, 123456.7, 1e6, 1234567, 999999.5, 3.14159265,
+                                1e300, -1e-300, INFINITY, -INFINITY};
+    ASSERT_EQ(f.Save(p.c_str(), nullptr, nullptr, v, v, {}), 1);
+    std::ostringstream want;
+    want << "2.0 [Quarvel Optronic Spectral File]\n\n\n0\n" << v.front() << "\n" << v.size() << "\n"
+         << v.back() << "\n";
+    for (double x : v) want << x << "," << x << "\n";
+    EXPECT_EQ(get(p), want.str());
+
+    // Save then Load gives the same texts and the numbers to 6 digits.
+    ASSERT_EQ(f.Save(p.c_str(), "H", "Radiance", {400, 500.25, 600}, {1.5, 2.123456, 3},
+                     {"2020-01-01 [Timestamp]", "9 [AVERAGES]", "40 [Integration Time ms]"}),
+              1);
+    CQOFile g;
+    ASSERT_EQ(g.Load(p.c_str()), 1);
+    EXPECT_STREQ(g.GetHeader(), "H");
+    EXPECT_STREQ(g.GetUnitName(), "Radiance");
+    EXPECT_STREQ(g.GetTimeStamp(), "2020-01-01");
+    EXPECT_EQ(g.GetAverages(), 9u);
+    EXPECT_EQ(g.GetIntegrationTime_ms(), 40.0);
+    EXPECT_EQ(g.GetWavelength(), (std::vector<double>{400, 500.25, 600}));
+    EXPECT_EQ(g.GetSpectral(), (std::vector<double>{1.5, 2.12346, 3}));
+}
+
+TEST(QOFile, FailingSaveLeavesTheOldFileIntact)
+{
+    CQOFile f;
+    const std::string old = "old contents\n";
+    const std::string p = put("keep.txt", old);
+    EXPECT_EQ(f.Save(p.c_str(), "H", "U", {}, {}, {}), -2);
+    EXPECT_EQ(f.Save(p.c_str(), "H", "U", {1, 2}, {1}, {}), -3);
+    EXPECT_EQ(f.Save(nullptr, "H", "U", {1}, {1}, {}), -1);
+    EXPECT_EQ(f.Save((folder() / "no" / "x.txt").c_str(), "H", "U", {1}, {1}, {}), -1);
+
+    // A write that fails after the file was created: the file size limit.
+    std::vector<double> many(5000, 1.0 / 3);
+    rlimit saved{};
+    ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &saved), 0);
+    const auto previous = std::signal(SIGXFSZ, SIG_IGN);
+    rlimit small = saved;
+    small.rlim_cur = 4096;
+    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &small), 0);
+    const int status = f.Save(p.c_str(), "H", "U", many, many, {});
+    ::setrlimit(RLIMIT_FSIZE, &saved);
+    std::signal(SIGXFSZ, previous);
+    EXPECT_EQ(status, -1);
+    EXPECT_EQ(get(p), old);
+    EXPECT_EQ(f.Save(folder().c_str(), "H", "U", {1}, {1}, {}), -1);  // a folder stays a folder
+    EXPECT_TRUE(fs::is_directory(folder()));
+    for (const auto& e : fs::directory_iterator(folder()))  // no temporary file left behind
+        EXPECT_EQ(e.path().string().find(".tmp"), std::string::npos) << e.path();
+}
+
+TEST(QOFile, QOReadSpectralFileFillsTheRecordWithinItsFields)
+{
+    auto rec = std::make_unique<SpectralRecord2>();
+    SpectralFileExtraInfo extra{};
+    extra.hasThd = 77;
+    const std::string full = put("full.txt", join(kFull));
+    ASSERT_EQ(QOReadSpectralFile(full.c_str(), rec.get(), &extra), 1);
+    EXPECT_EQ(rec->pointCount, 3.0f);
+    EXPECT_EQ(rec->firstWavelength, 380.0f);
+    EXPECT_EQ(rec->lastWavelength, 382.0f);
+    EXPECT_EQ(rec->values[0], 0.15f);
+    EXPECT_EQ(rec->values[2], -7.0f);
+    EXPECT_STREQ(rec->header, "Lamp A\r");
+    EXPECT_EQ(rec->infoCount, 4);
+    EXPECT_STREQ(rec->info[3], "note");
+    EXPECT_EQ(extra.unitCode, 1);
+    EXPECT_EQ(extra.averages, 12);
+    EXPECT_EQ(extra.integrationTimeMs, 250.5f);
+    EXPECT_STREQ(extra.timestamp, "2021-03-04 10:11:12");
+    EXPECT_EQ(extra.hasThd, 77);  // fields Load does not know stay as they were
+
+    // Long texts are cut to their fields; 50 lines and 4096 points fit.
+    Lines info50(49, "x");
+    info50.push_back(std::string(200, 'i') + " [Timestamp]");
+    std::string text = file2(info50, 4096);
+    text.replace(text.find("Irradiance"), 10, std::string(100, 'u'));
+    ASSERT_EQ(QOReadSpectralFile(put("cut.txt", text).c_str(), rec.get(), &extra), 1);
+    EXPECT_EQ(std::strlen(rec->info[49]), 49u);
+    EXPECT_EQ(std::strlen(rec->unitName), 49u);
+    EXPECT_EQ(std::strlen(extra.timestamp), 63u);
+    EXPECT_EQ(rec->values[4095], 4095.0f);
+    EXPECT_EQ(rec->lastWavelength, 4475.0f);
+
+    // More than the record holds is refused before anything is written.
+    std::memset(rec.get(), 0x5a, sizeof *rec);
+    EXPECT_EQ(QOReadSpectralFile(put("p.txt", file2({}, 4097)).c_str(), rec.get(), nullptr), -14);
+    EXPECT_EQ(QOReadSpectralFile(put("i.txt", file2(Lines(51, "i"), 2)).c_str(), rec.get(), nullptr), -8);
+    EXPECT_EQ(QOReadSpectralFile(put("t.txt", join(kFull, 12)).c_str(), rec.get(), nullptr), -14);
+    EXPECT_EQ(QOReadSpectralFile("ab", rec.get(), nullptr), -1);
+    EXPECT_EQ(rec->infoCount, 0x5a5a5a5a);
+    EXPECT_EQ(QOReadSpectralFile(full.c_str(), nullptr, &extra), -1);
+}
+
+TEST(QOFile, QOReadSpectralFileAgreesWithReadSpectralFile2)
+{
+    CQOFile saver;
+    std::vector<double> wl, v;
+    for (int i = 0; i < 301; ++i) wl.push_back(380 + 1.5 * i), v.push_back(std::sin(i) * 1e-3);
+    const std::string saved = (folder() / "cmp.txt").string();
+    ASSERT_EQ(saver.Save(saved.c_str(), "H", "Radiant Flux", wl, v, {"5 [AVERAGES]"}), 1);
+    for (const std::string& path : {put("full.txt", join(kFull)), saved}) {
+        auto a = std::make_unique<SpectralRecord2>(), b = std::make_unique<SpectralRecord2>();
+        SpectralFileExtraInfo ea{}, eb{};
+        ASSERT_EQ(QOReadSpectralFile(path.c_str(), a.get(), &ea), 1) << path;
+        ASSERT_EQ(ReadSpectralFile2(path.c_str(), b.get(), &eb), 1) << path;
+        EXPECT_EQ(a->firstWavelength, b->firstWavelength);
+        EXPECT_EQ(a->lastWavelength, b->lastWavelength);
+        ASSERT_EQ(a->pointCount, b->pointCount);
+        const auto n = static_cast<std::size_t>(a->pointCount);
+        EXPECT_EQ(0, std::memcmp(a->wavelengths, b->wavelengths, n * sizeof(float)));
+        EXPECT_EQ(0, std::memcmp(a->values, b->values, n * sizeof(float)));
+        EXPECT_STREQ(a->header, b->header);
+        EXPECT_STREQ(a->unitName, b->unitName);
+        EXPECT_EQ(a->infoCount, b->infoCount);
+        EXPECT_EQ(ea.unitCode, eb.unitCode);
+        EXPECT_EQ(ea.averages, eb.averages);
+        EXPECT_EQ(ea.integrationTimeMs, eb.integrationTimeMs);
+    }
+    // The two readers part on the spelling of the averages tag.
+    const std::string kw = put("kw.txt", file2({"3 [Averages]"}, 2));
+    auto r = std::make_unique<SpectralRecord2>();
+    SpectralFileExtraInfo ea{}, eb{};
+    ASSERT_EQ(QOReadSpectralFile(kw.c_str(), r.get(), &ea), 1);
+    ASSERT_EQ(ReadSpectralFile2(kw.c_str(), r.get(), &eb), 1);
+    EXPECT_EQ(ea.averages, 0);
+    EXPECT_EQ(eb.averages, 3);
+}
+
+}  // namespace
