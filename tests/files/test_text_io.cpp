@@ -76,6 +76,7 @@ TEST(TextIo, LineReadsAreBoundedAndKeepCarriageReturns)
     EXPECT_TRUE(qomath::files::name_length_ok(std::string(512, 'x').c_str()));
     EXPECT_FALSE(qomath::files::name_length_ok(std::string(513, 'x').c_str()));
     EXPECT_FALSE(qomath::files::name_length_ok(nullptr));
+    fs::remove_all(p.parent_path());
 }
 
 TEST(TextIo, NumbersParseAsAtofDoes)
