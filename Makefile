@@ -2,6 +2,8 @@
 BUILD       ?= build
 BUILD_ASAN  ?= build-asan
 BUILD_BENCH ?= build-release
+BUILD_FUZZ  ?= build-fuzz
+FUZZ_SECONDS ?= 60
 PREFIX      ?= /usr/local
 JOBS        ?= $(shell nproc 2>/dev/null || echo 2)
 CMAKE_ARGS  ?=
@@ -11,7 +13,7 @@ MAKEFLAGS  += --no-print-directory
 CONFIGURE = cmake -S . -B
 BUILD_CMD = cmake --build
 
-.PHONY: all build demo test sanitize bench install data clean
+.PHONY: all build demo test sanitize bench fuzz install data clean
 
 all: build
 
@@ -45,6 +47,15 @@ bench:
 	$(BUILD_BENCH)/bench/qomath_bench --benchmark_repetitions=5 \
 	  --benchmark_report_aggregates_only=true $(BENCH_ARGS)
 
+# Each spectral-file reader under libFuzzer (clang, ASan + UBSan), seeded
+# from examples/, for FUZZ_SECONDS seconds each.
+fuzz:
+	@tools/ensure-deps.sh fuzz
+	@CC=clang CXX=clang++ $(CONFIGURE) $(BUILD_FUZZ) -DCMAKE_BUILD_TYPE=RelWithDebInfo \
+	  -DQOMATH_BUILD_FUZZ=ON -DQOMATH_BUILD_TESTS=OFF -DQOMATH_BUILD_CLI=OFF $(CMAKE_ARGS) >/dev/null
+	@$(BUILD_CMD) $(BUILD_FUZZ) -j $(JOBS)
+	tools/run-fuzzers.sh $(BUILD_FUZZ)/fuzz $(FUZZ_SECONDS)
+
 install: build
 	cmake --install $(BUILD) --prefix $(PREFIX)
 
@@ -53,6 +64,7 @@ data: build
 	$(BUILD)/tools/qomath_gen_locus data/cie1931_locus_0p1nm.csv
 	$(BUILD)/tools/qomath_gen_isotemperature data/isotemperature_1mired.csv
 	$(BUILD)/tools/qomath_gen_white_led data/white_led_raw_1024.csv
+	$(BUILD)/tools/qomath_gen_examples examples
 
 clean:
-	rm -rf $(BUILD) $(BUILD_ASAN) $(BUILD_BENCH)
+	rm -rf $(BUILD) $(BUILD_ASAN) $(BUILD_BENCH) $(BUILD_FUZZ)
