@@ -23,7 +23,14 @@ for what in "$@"; do
   case "$what" in
     build|test) check_build ;;
     bench) check_build; have_file /usr/include/benchmark/benchmark.h || need+=(libbenchmark-dev) ;;
-    fuzz) check_build; have_cmd clang++ || need+=(clang) ;;
+    fuzz)
+      check_build
+      if ! have_cmd clang++; then
+        need+=(clang libclang-rt-dev)
+      elif ! echo 'extern "C" int LLVMFuzzerTestOneInput(const unsigned char*, unsigned long) { return 0; }' |
+           clang++ -x c++ -fsanitize=fuzzer - -o /dev/null 2>/dev/null; then
+        need+=(libclang-rt-dev)
+      fi ;;
     *) echo "ensure-deps: unknown target '$what'" >&2; exit 2 ;;
   esac
 done

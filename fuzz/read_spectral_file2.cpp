@@ -1,0 +1,14 @@
+#include <memory>
+
+#include "fuzz_file.hpp"
+#include "qomath/spectral_file.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    const char* path = qomath::fuzz::input_file(data, size);
+    if (!path) return 0;
+    auto rec = std::make_unique<SpectralRecord2>();
+    SpectralFileExtraInfo extra{};
+    ReadSpectralFile2(path, rec.get(), &extra);
+    return 0;
+}
