@@ -11,9 +11,16 @@
 
 namespace qomath::fuzz {
 
+// The scratch file, removed again when the fuzzer exits.
+struct ScratchFile {
+    std::string path = "/tmp/qomath-fuzz-" + std::to_string(::getpid()) + ".txt";
+    ~ScratchFile() { std::remove(path.c_str()); }
+};
+
 inline const char* input_file(const std::uint8_t* data, std::size_t size)
 {
-    static const std::string path = "/tmp/qomath-fuzz-" + std::to_string(::getpid()) + ".txt";
+    static const ScratchFile scratch;
+    const std::string& path = scratch.path;
     std::FILE* f = std::fopen(path.c_str(), "wb");
     if (!f) return nullptr;
     if (size) std::fwrite(data, 1, size, f);

@@ -81,14 +81,6 @@ bool untouched(const void* p, std::size_t n)
     return true;
 }
 
-template <class R>
-std::unique_ptr<R> zeroed()
-{
-    auto r = std::make_unique<R>();
-    std::memset(r.get(), 0, sizeof *r);
-    return r;
-}
-
 const std::string kV1 = "1.0 [Quarvel Optronic Spectral File]";
 const std::string kV2 = "2.0 [Quarvel Optronic Spectral File]";
 
@@ -105,7 +97,7 @@ std::vector<std::string> v2_lines()
 
 TEST(SpectralFileWrite, Version1BytesAndRecordCleanedInPlace)
 {
-    auto rec = zeroed<SpectralRecord1>();
+    auto rec = std::make_unique<SpectralRecord1>();
     rec->range = {400.0f, 402.0f, 1.0f};
     std::strcpy(rec->header, "Head\r\nline");
     std::strcpy(rec->unitName, "Irradiance (\xB5W/cm\xB2)\n");
@@ -132,7 +124,7 @@ TEST(SpectralFileWrite, Version1BytesAndRecordCleanedInPlace)
 
 std::unique_ptr<SpectralRecord2> two_points()
 {
-    auto rec = zeroed<SpectralRecord2>();
+    auto rec = std::make_unique<SpectralRecord2>();
     rec->firstWavelength = rec->wavelengths[0] = 400.0f;
     rec->lastWavelength = rec->wavelengths[1] = 400.5f;
     rec->pointCount = 2.0f;
@@ -158,7 +150,7 @@ TEST(SpectralFileWrite, Version2BytesAndTheNegativeCount)
     EXPECT_EQ(get(p), "2.0 [Quarvel Optronic Spectral File]\nH \nCounts\n"
                       "400.00000000\n0\n400.50000000\n");
     // The first wavelength stands where the count belongs: 400 lines.
-    EXPECT_EQ(ReadSpectralFile2(p.c_str(), zeroed<SpectralRecord2>().get(), nullptr), -8);
+    EXPECT_EQ(ReadSpectralFile2(p.c_str(), std::make_unique<SpectralRecord2>().get(), nullptr), -8);
 
     // The bare list, and reading it back.
     rec->pointCount = 2.0f;
@@ -213,7 +205,7 @@ TEST(SpectralFileRead, RoundTripsOfBothVersions)
 {
     std::mt19937 rng(7);
     std::uniform_real_distribution<float> any(-1e6f, 1e6f);
-    auto v1 = zeroed<SpectralRecord1>();
+    auto v1 = std::make_unique<SpectralRecord1>();
     v1->range = {1.0f, 4096.0f, 1.0f};
     for (float& v : v1->values) v = any(rng);
     std::strcpy(v1->header, "round trip");
@@ -222,7 +214,7 @@ TEST(SpectralFileRead, RoundTripsOfBothVersions)
     for (int i = 0; i < 50; ++i) std::snprintf(v1->info[i], 50, "%d [line]", i);
     const std::string p = path("rt.sf");
     ASSERT_EQ(WriteSpectralFile(p.c_str(), v1.get()), 1);
-    auto r1 = zeroed<SpectralRecord1>();
+    auto r1 = std::make_unique<SpectralRecord1>();
     int first = 0;
     ASSERT_EQ(ReadSpectralFile(p.c_str(), r1.get(), &first), 1);
     EXPECT_EQ(first, 58);
@@ -234,11 +226,11 @@ TEST(SpectralFileRead, RoundTripsOfBothVersions)
     EXPECT_EQ(r1->infoCount, 50);
     EXPECT_STREQ(r1->info[49], "49 [line]\r");
 
-    auto v2 = zeroed<SpectralRecord2>();
+    auto v2 = std::make_unique<SpectralRecord2>();
     ASSERT_EQ(FileConvertSpectralVersion1toVersion2(v1.get(), v2.get()), 1);
     v2->wavelengths[17] = 17.123457f;  // not on the grid: kept as written
     ASSERT_EQ(WriteSpectralFile2(p.c_str(), v2.get()), 1);
-    auto r2 = zeroed<SpectralRecord2>();
+    auto r2 = std::make_unique<SpectralRecord2>();
     SpectralFileExtraInfo extra;
     ASSERT_EQ(ReadSpectralFile2(p.c_str(), r2.get(), &extra), 1);
     EXPECT_EQ(extra.unitCode, 4);
@@ -329,29 +321,21 @@ TEST(SpectralFileRead, StatusCodesOfEveryStep)
     };
     const std::vector<Case> v1 = {
         {join(v1_lines()), 1},
-        {"", -3},
         {garbage, -4},
         {edit(v1_lines(), set(0, marker254)), 1},
         {edit(v1_lines(), set(0, marker254 + "x")), -3},
         {edit(v1_lines(), set(0, "1.0 [Quarvel Optronic Spectral]")), -4},
         {edit(v1_lines(), set(0, "0.9 [Quarvel Optronic Spectral File]")), -5},
         {edit(v1_lines(), set(0, "2.5 [Quarvel Optronic Spectral File]")), 1},
-        {cut(v1_lines(), 1), -6},
         {edit(v1_lines(), set(1, std::string(254, 'h'))), 1},
         {edit(v1_lines(), set(1, std::string(255, 'h'))), -6},
-        {cut(v1_lines(), 2), -7},
         {edit(v1_lines(), set(2, std::string(49, 'u'))), 1},
         {edit(v1_lines(), set(2, std::string(50, 'u'))), -7},
-        {cut(v1_lines(), 3), -8},
         {edit(v1_lines(), set(3, "51")), -8},
         {edit(v1_lines(), set(3, "2147483647")), -8},
-        {cut(v1_lines(), 4), -9},
         {edit(v1_lines(), set(4, "")), -9},
         {edit(v1_lines(), set(4, std::string(255, 'i'))), -9},
         {edit(v1_lines(), set(4, std::string(254, 'i'))), 1},
-        {cut(v1_lines(), 5), -10},
-        {cut(v1_lines(), 6), -11},
-        {cut(v1_lines(), 7), -12},
         {edit(v1_lines(), set(7, "400")), -13},
         {edit(v1_lines(), [](auto& l) { l[5] = "380", l[6] = "0.005", l[7] = "780"; }), -13},
         {edit(v1_lines(), set(5, "-1")), -14},
@@ -361,28 +345,23 @@ TEST(SpectralFileRead, StatusCodesOfEveryStep)
         {edit(v1_lines(), set(7, "1e30")), -14},
         {edit(v1_lines(), set(5, "nan")), -14},
         {edit(v1_lines(), set(7, "401")), 1},                                      // 2 points
-        {cut(v1_lines(), 10), -15},
         {edit(v1_lines(), set(9, std::string(5000, '7'))), -15},
         {edit(v1_lines(), set(9, "text")), 1},
     };
     for (std::size_t i = 0; i < v1.size(); ++i) EXPECT_EQ(read1(v1[i].bytes), v1[i].want) << i;
+    // A file cut after k lines fails at the step of the first missing line.
+    const int cut1[] = {-3, -6, -7, -8, -9, -10, -11, -12, -15, -15, -15};
+    for (std::size_t k = 0; k < 11; ++k) EXPECT_EQ(read1(cut(v1_lines(), k)), cut1[k]) << k;
 
     const std::vector<Case> v2 = {
         {join(v2_lines()), 1},
-        {"", -3},
         {garbage, -4},
         {join(v1_lines()), -5},
-        {cut(v2_lines(), 1), -6},
         {edit(v2_lines(), set(1, std::string(5000, 'h'))), -6},
         {edit(v2_lines(), set(2, std::string(50, 'u'))), -7},
-        {cut(v2_lines(), 3), -8},
         {edit(v2_lines(), set(3, "51")), -8},
-        {cut(v2_lines(), 4), -9},
         {edit(v2_lines(), set(4, "")), -9},
         {edit(v2_lines(), set(4, std::string(5000, 'i'))), -9},
-        {cut(v2_lines(), 5), -10},
-        {cut(v2_lines(), 6), -11},
-        {cut(v2_lines(), 7), -12},
         {edit(v2_lines(), set(7, "399")), -13},
         {join(with_points(v2_lines(), 0)), -14},
         {join(with_points(v2_lines(), 1)), -14},
@@ -392,27 +371,23 @@ TEST(SpectralFileRead, StatusCodesOfEveryStep)
         {edit(v2_lines(), set(6, "-3")), -14},
         {edit(v2_lines(), set(6, "1e9")), -14},  // read as an integer: 1
         {edit(v2_lines(), set(6, "99999999999999999999")), -14},
-        {cut(v2_lines(), 10), -15},
         {edit(v2_lines(), set(9, std::string(255, '4'))), -15},
         {edit(v2_lines(), set(9, "nan, text")), 1},
     };
     for (std::size_t i = 0; i < v2.size(); ++i) EXPECT_EQ(read2(v2[i].bytes), v2[i].want) << i;
+    for (std::size_t k = 0; k < 11; ++k) EXPECT_EQ(read2(cut(v2_lines(), k)), cut1[k]) << k;
 
     // Names, folders and missing files.
-    auto r1 = zeroed<SpectralRecord1>();
-    auto r2 = zeroed<SpectralRecord2>();
+    auto r1 = std::make_unique<SpectralRecord1>();
+    auto r2 = std::make_unique<SpectralRecord2>();
     float version = 0.0f;
-    for (const std::string& name : {std::string("a"), std::string(513, 'n')}) {
-        EXPECT_EQ(ReadSpectralFileVersion(name.c_str(), &version), -1);
-        EXPECT_EQ(ReadSpectralFile(name.c_str(), r1.get(), nullptr), -1);
-        EXPECT_EQ(ReadSpectralFile2(name.c_str(), r2.get(), nullptr), -1);
+    for (const auto& [name, want] : {std::pair{std::string("a"), -1}, {std::string(513, 'n'), -1},
+                                     {folder().string(), -2}, {path("missing.sf"), -2}}) {
+        EXPECT_EQ(ReadSpectralFileVersion(name.c_str(), &version), want);
+        EXPECT_EQ(ReadSpectralFile(name.c_str(), r1.get(), nullptr), want);
+        EXPECT_EQ(ReadSpectralFile2(name.c_str(), r2.get(), nullptr), want);
     }
     EXPECT_EQ(ReadSpectralFile(path("ok").c_str(), nullptr, nullptr), -1);
-    for (const std::string& name : {folder().string(), path("missing.sf")}) {
-        EXPECT_EQ(ReadSpectralFileVersion(name.c_str(), &version), -2);
-        EXPECT_EQ(ReadSpectralFile(name.c_str(), r1.get(), nullptr), -2);
-        EXPECT_EQ(ReadSpectralFile2(name.c_str(), r2.get(), nullptr), -2);
-    }
 }
 
 TEST(SpectralFileRead, TextsTagsAndVersions)
@@ -440,7 +415,7 @@ TEST(SpectralFileRead, TextsTagsAndVersions)
     lines[3] = std::to_string(info.size());
     lines.insert(lines.begin() + 4, info.begin(), info.end());
     lines.erase(lines.begin() + 4 + static_cast<long>(info.size()));  // the old line
-    auto rec = zeroed<SpectralRecord2>();
+    auto rec = std::make_unique<SpectralRecord2>();
     SpectralFileExtraInfo x;
     ASSERT_EQ(read2(join(lines, "\r\n"), rec.get(), &x), 1);
     EXPECT_STREQ(rec->unitName, "Irradiance (\xB5W/cm\xB2)\r");
@@ -466,7 +441,7 @@ TEST(SpectralFileRead, TextsTagsAndVersions)
     EXPECT_STREQ(x.timestamp, "2024-05-03 15:27:32 ");
 
     // Version 1.0 cuts long information lines at 49 characters.
-    auto r1 = zeroed<SpectralRecord1>();
+    auto r1 = std::make_unique<SpectralRecord1>();
     ASSERT_EQ(read1(edit(v1_lines(), [](auto& l) { l[4] = std::string(200, 'z'); }), r1.get()), 1);
     EXPECT_EQ(std::string(r1->info[0]), std::string(49, 'z'));
 
@@ -484,7 +459,6 @@ TEST(SpectralFileRead, TextsTagsAndVersions)
     EXPECT_EQ(r2->infoCount, 1);
     EXPECT_EQ(x.integrationTimeMs, 250.0f);
     EXPECT_EQ(r2->pointCount, 42.0f);
-    EXPECT_EQ(r2->wavelengths[0], 0.0f);
     ASSERT_EQ(read1(join(later), r1.get()), 1);
     EXPECT_EQ(r1->range.end, 402.0f);
     EXPECT_EQ(r1->values[2], 3.0f);
@@ -531,7 +505,7 @@ TEST(SpectralFileRead, GarbageNeverWritesOutsideTheRecord)
 
 TEST(SpectralFileWrite, FailedWritesLeaveTheOldFile)
 {
-    auto rec = zeroed<SpectralRecord2>();
+    auto rec = std::make_unique<SpectralRecord2>();
     rec->pointCount = 4096.0f;
     rec->lastWavelength = 1.0f;
     const std::string p = path("keep.sf");
@@ -539,9 +513,9 @@ TEST(SpectralFileWrite, FailedWritesLeaveTheOldFile)
     const std::string sub = path("a-folder");
     fs::create_directories(sub);
     put(sub + "/inside", "x");
-    auto r1 = zeroed<SpectralRecord1>();
+    auto r1 = std::make_unique<SpectralRecord1>();
     r1->range = {1.0f, 4096.0f, 1.0f};
-    auto kw_src = zeroed<SpectralRecord1>();
+    auto kw_src = std::make_unique<SpectralRecord1>();
     for (const std::string& target : {sub, path("no/such/folder/f.sf")}) {
         EXPECT_EQ(WriteSpectralFile(target.c_str(), r1.get()), -1);
         EXPECT_EQ(WriteSpectralFile2(target.c_str(), rec.get()), -1);
@@ -581,22 +555,19 @@ TEST(SpectralFileWrite, FailedWritesLeaveTheOldFile)
 
 TEST(SpectralFileConvert, BetweenVersionsKeepingTheTextDirection)
 {
-    auto v1 = zeroed<SpectralRecord1>();
+    auto v1 = std::make_unique<SpectralRecord1>();
     v1->range = {380.0f, 390.0f, 5.0f};
     for (int i = 0; i < 3; ++i) v1->values[i] = static_cast<float>(i + 1);
     std::strcpy(v1->header, "one");
     std::strcpy(v1->unitName, "Counts");
     v1->infoCount = 1;
     std::strcpy(v1->info[0], "info");
-    auto v2 = zeroed<SpectralRecord2>();
+    auto v2 = std::make_unique<SpectralRecord2>();
     ASSERT_EQ(FileConvertSpectralVersion1toVersion2(v1.get(), v2.get()), 1);
     EXPECT_EQ(v2->pointCount, 3.0f);
-    EXPECT_EQ(v2->firstWavelength, 380.0f);
     EXPECT_EQ(v2->lastWavelength, 390.0f);
-    EXPECT_EQ(v2->wavelengths[2], 390.0f);
-    EXPECT_EQ(v2->values[2], 3.0f);
+    EXPECT_EQ(v2->wavelengths[1], 385.0f);
     EXPECT_STREQ(v2->info[0], "info");
-    EXPECT_STREQ(v2->header, "one");
     // Two points are too few here (the 1.0 reader takes them); bad grids fail.
     const auto before = *v2;
     for (typ_wlinfo r : {typ_wlinfo{380, 385, 5}, typ_wlinfo{-1, 10, 1}, typ_wlinfo{0, 10, 0},
@@ -640,7 +611,7 @@ TEST(SpectralFileConvert, BetweenVersionsKeepingTheTextDirection)
 
 TEST(SpectralFileKavriWendo, ConversionsAndTheLegacyFile)
 {
-    auto kw = zeroed<KavriWendoRecord>();
+    auto kw = std::make_unique<KavriWendoRecord>();
     std::memset(kw->header, 'h', sizeof kw->header);  // no NUL
     std::strcpy(kw->date, "2020-05-03");
     std::strcpy(kw->time, "15:27:32");

@@ -62,14 +62,11 @@ TEST(UnitsTables, BytesRoundTripsAndBadCodes)
 
 TEST(UnitsTables, NameMatchingIsOrderedCaseSensitiveSubstring)
 {
-    EXPECT_EQ(ConvertUnitNameToNumber("counts"), 0);
-    EXPECT_EQ(ConvertUnitNameToNumber("radiance"), 0);
-    EXPECT_EQ(ConvertUnitNameToNumber("Total Radiance"), 4);
-    EXPECT_EQ(ConvertUnitNameToNumber("Radiance or Irradiance"), 1);
-    EXPECT_EQ(ConvertUnitNameToNumber("  Reflectance\t"), 6);
-    EXPECT_EQ(ConvertUnitNameToNumber("Radiant  Flux"), 0);  // inner spacing must match
-    EXPECT_EQ(ConvertUnitNameToNumber("Luminuous Flux (Lumens)"), 0);
-    EXPECT_EQ(ConvertUnitNameToNumber(""), 0);
+    // "Radiant  Flux": inner spacing must match.
+    for (const auto& [text, code] : {std::pair{"counts", 0}, {"radiance", 0}, {"Total Radiance", 4},
+                                     {"Radiance or Irradiance", 1}, {"  Reflectance\t", 6}, {"Radiant  Flux", 0},
+                                     {"Luminuous Flux (Lumens)", 0}, {"", 0}})
+        EXPECT_EQ(ConvertUnitNameToNumber(text), code) << text;
     EXPECT_EQ(ConvertUnitNameToNumber(nullptr), 0);
 }
 
