@@ -19,6 +19,8 @@
 #include "qomath/dominant.h"
 #include "qomath/cri.h"
 #include "qomath/photometry.h"
+#include "qomath/summary.h"
+#include "qomath/peaks.h"
 #include "qomath/straylight.h"
 #include "qomath/units.h"
 #include "qomath/spectral_file.h"
