@@ -31,6 +31,40 @@
  *   43, 44 u'10, v'10 (10 degree)
  *   45..47 reserved (0)
  * Indices whose quantity does not apply (CRI of a transmittance, say) hold 0.
+ *
+ * How the results are found, one library call each:
+ *   X, Y, Z and X10, Y10, Z10  CalcTristimulusXYZ1931_2, CalcTristimulusXYZ1964_2
+ *   chromaticities             TristimulusXYZTOCIE1931xyz, TristimulusXYZToCIE1960uv,
+ *                              TristimulusXYZToUCS1976uv
+ *   CCT, Duv                   CCTCalculate on the 1960 u, v; both 0 when it fails
+ *   dominant wavelength        DominantWavelength2 from the selected white;
+ *                              index 12 holds its magnitude, index 13 its kind.
+ *                              The purities (ExcitationColorimetricPurity with
+ *                              the locus point found) are given for a dominant
+ *                              wavelength only: 0 for a complementary one, whose
+ *                              locus point lies on the far side of the white.
+ *                              None (all 0) for a sample within 1e-5 of the
+ *                              white in both x and y.
+ *   CRI                        CRI_DefaultCalc2 (the wavelength-array form of
+ *                              CRI_DefaultCalc) with the CCT found, the reference
+ *                              built from it; emitting units (0..4) only, and all
+ *                              0 when there is no CCT or the indices cannot be had
+ *                              (CCT outside 1000..30000 K, fewer than 10 points).
+ *   photometric value          IlluminanceCalc (lux), LuminanceCalc (nit),
+ *                              LuminousIntensityCalc, LuminousFluxCalc
+ * White points: E is x = y = 1/3; D65, A and C are the chromaticities of the
+ * CIE tables of GetCIEData through CalcTristimulusXYZ1931_2, worked out once
+ * per process. Any other `white` value means E.
+ * Transmittance (5) and reflectance (6): the sample times the illuminant
+ * (MultiplySpectralFiles2: on the coarser of the two grids within their
+ * overlap; illuminant C stops at 770 nm), and the colorimetry of that
+ * product. X, Y, Z are then the plain integrals of the product, not scaled
+ * to Y = 100.
+ * The range-record form ColorimetricCalc2 lays the record out as wavelength
+ * arrays with WavelengthCreateArray and takes the same path, so both forms
+ * give identical results for the same data.
+ * Like the functions underneath, these use the process-wide interpolation
+ * cache: the host serialises the calls.
  */
 #ifndef QOMATH_SUMMARY_H
 #define QOMATH_SUMMARY_H
@@ -84,13 +118,22 @@ extern "C" {
  * white selects the white point of the dominant wavelength (QOMATH_WHITE_*).
  * For transmittance (5) and reflectance (6) the colour is that of the sample
  * under `illuminant` (1 D65, 2 A, 3 C; any other value means D65).
- * result receives QOMATH_CC_COUNT floats (cleared first).
- * Returns 1; -1 null pointer or unit code outside 0..6; -2 fewer than 5
- * points; -3 the data do not reach into 370..820 nm; -4 allocation failure;
- * -5 the spectrum has no colour (X + Y + Z is 0). */
+ * result receives QOMATH_CC_COUNT floats (cleared first, unless it is null).
+ * Returns
+ *    1  success: every result is a finite number
+ *   -1  null pointer or unit code outside 0..6
+ *   -2  fewer than 5 points, wavelengths that do not strictly increase, or a
+ *       wavelength or value that is not finite
+ *   -3  the data do not reach into 370..820 nm (for transmittance and
+ *       reflectance: too little overlap with the illuminant)
+ *   -4  allocation failure
+ *   -5  the spectrum has no colour (X + Y + Z, or X10 + Y10 + Z10, is 0), or
+ *       a result overflows a float
+ * On every failure the result holds only zeros. */
 QOMATH_API int ColorimetricCalc(const float* wavelengths, const float* values, int n, int unitCode,
                                 int white, int illuminant, float* result);
-/* The same for a value array over a range record. */
+/* The same for a value array over a range record (WLNumPts(range) values).
+ * An invalid record, or one of more than 4096 points, gives -2. */
 QOMATH_API int ColorimetricCalc2(const float* values, const typ_wlinfo* range, int unitCode,
                                  int white, int illuminant, float* result);
 
@@ -107,7 +150,15 @@ QOMATH_API int ColorimetricCalc2(const float* values, const typ_wlinfo* range, i
  *   7  infrared integral, 780..1100 nm
  *   8  integral over the whole spectrum
  *   9..15 reserved (0)
- * Band integrals cover the part of the band the spectrum reaches.
+ * Band integrals cover the part of the band the spectrum reaches. Every
+ * integral is the trapezoid rule (IntegrationDiscrete), that is the exact
+ * integral of the spectrum joined point to point by straight lines; a band
+ * edge that falls between two samples is given the value of that line there,
+ * so adjacent bands add up to the integral over their union (UV + visible +
+ * IR is the integral over 200..1100 nm). A band the spectrum does not reach
+ * gives 0.
+ * Peak: GetPeakWavelength2; FWHM: ComputeFWHMoptions; centroid: Centroid2
+ * (0 when the values do not sum to a positive number).
  */
 #define QOMATH_RC_COUNT 16
 #define QOMATH_RC_BAND 0
@@ -121,11 +172,22 @@ QOMATH_API int ColorimetricCalc2(const float* values, const typ_wlinfo* range, i
 #define QOMATH_RC_TOTAL 8
 
 /* Radiometric results of a spectrum given as wavelength and value arrays.
- * Returns 1; -1 null pointer; -2 fewer than 2 points or wavelengths not
- * increasing; -3 bandStart >= bandEnd. result is cleared first. */
+ * Returns
+ *    1  success: every result is a finite number
+ *   -1  null pointer
+ *   -2  fewer than 2 points, wavelengths that do not strictly increase, a
+ *       wavelength or value that is not finite, or values so large that an
+ *       integral overflows a float
+ *   -3  bandStart >= bandEnd (or either is NaN); infinite edges are allowed
+ *       and stand for the ends of the data
+ *   -4  allocation failure
+ * result is cleared first (unless it is null) and holds only zeros after a
+ * failure. */
 QOMATH_API int RadiometryCalc(const float* wavelengths, const float* values, int n, float bandStart,
                               float bandEnd, float* result);
-/* The same for a value array over a range record. */
+/* The same for a value array over a range record (WLNumPts(range) values,
+ * laid out as wavelengths with WavelengthCreateArray). An invalid record, or
+ * one of fewer than 3 or more than 4096 points, gives -2. */
 QOMATH_API int RadiometryCalc2(const float* values, const typ_wlinfo* range, float bandStart,
                                float bandEnd, float* result);
 

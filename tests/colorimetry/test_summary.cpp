@@ -1,0 +1,245 @@
+// The summary calculations against the individual library calls they stand
+// for, against known colours, and against hostile input.
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cmath>
+#include <limits>
+#include <vector>
+
+#include "qomath/arrays.h"
+#include "qomath/cct.h"
+#include "qomath/chromaticity.h"
+#include "qomath/cie_tables.h"
+#include "qomath/cri.h"
+#include "qomath/dominant.h"
+#include "qomath/grid.h"
+#include "qomath/peaks.h"
+#include "qomath/photometry.h"
+#include "qomath/summary.h"
+#include "qomath/tristimulus.h"
+
+namespace {
+
+using CC = std::array<float, QOMATH_CC_COUNT>;
+using RC = std::array<float, QOMATH_RC_COUNT>;
+
+struct Sampled {
+    std::vector<float> wl, v;
+    int n() const { return static_cast<int>(wl.size()); }
+};
+
+Sampled table(int selector)
+{
+    Sampled s{std::vector<float>(QOMATH_CIE_MAX_POINTS), std::vector<float>(QOMATH_CIE_MAX_POINTS)};
+    typ_wlinfo r{};
+    int n = 0;
+    EXPECT_EQ(GetCIEData(selector, s.v.data(), &r), 1);
+    EXPECT_EQ(WavelengthCreateArray(&r, s.wl.data(), &n), 1);
+    s.wl.resize(n);
+    s.v.resize(n);
+    return s;
+}
+
+template <class F>
+Sampled grid(float start, float end, float step, F f)
+{
+    Sampled s;
+    for (float w = start; w <= end + 1e-3f; w += step) {
+        s.wl.push_back(w);
+        s.v.push_back(static_cast<float>(f(w)));
+    }
+    return s;
+}
+
+int cc(const Sampled& s, int unit, int white, int illuminant, CC& r)
+{
+    return ColorimetricCalc(s.wl.data(), s.v.data(), s.n(), unit, white, illuminant, r.data());
+}
+
+int rc(const Sampled& s, float lo, float hi, RC& r)
+{
+    return RadiometryCalc(s.wl.data(), s.v.data(), s.n(), lo, hi, r.data());
+}
+
+std::array<float, 3> xyz_of(const Sampled& s)
+{
+    std::array<float, 3> XYZ{}, xyz{};
+    EXPECT_EQ(CalcTristimulusXYZ1931_2(s.wl.data(), s.v.data(), s.n(), XYZ.data()), 1);
+    EXPECT_EQ(TristimulusXYZTOCIE1931xyz(XYZ.data(), xyz.data()), 1);
+    return xyz;
+}
+
+TEST(SummaryColorimetric, IlluminantAAgainstTheLibraryCalls)
+{
+    const Sampled a = table(6);
+    CC r{};
+    ASSERT_EQ(cc(a, 1, 1, 0, r), 1);
+    EXPECT_NEAR(r[QOMATH_CC_CCT], 2856.0f, 2.0f);
+    EXPECT_NEAR(r[QOMATH_CC_x], 0.4476f, 2e-4f);
+    EXPECT_NEAR(r[QOMATH_CC_y], 0.4074f, 2e-4f);
+
+    std::array<float, 3> XYZ{}, XYZ10{};
+    std::array<float, 2> uv{};
+    ASSERT_EQ(CalcTristimulusXYZ1931_2(a.wl.data(), a.v.data(), a.n(), XYZ.data()), 1);
+    ASSERT_EQ(CalcTristimulusXYZ1964_2(a.wl.data(), a.v.data(), a.n(), XYZ10.data()), 1);
+    ASSERT_EQ(TristimulusXYZToCIE1960uv(XYZ.data(), uv.data()), 1);
+    typ_cct cct{};
+    ASSERT_EQ(CCTCalculate(uv.data(), reinterpret_cast<float*>(&cct)), 1);
+    std::array<float, QOMATH_CRI_RESULT_CELLS> cri{};
+    ASSERT_EQ(CRI_DefaultCalc2(nullptr, nullptr, 0, a.wl.data(), a.v.data(), a.n(), cct.cct,
+                               cri.data()), 1);
+    std::array<float, 4> lux{};
+    ASSERT_EQ(IlluminanceCalc(a.wl.data(), a.v.data(), a.n(), lux.data()), 1);
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_EQ(r[QOMATH_CC_X + i], XYZ[i]);
+        EXPECT_EQ(r[QOMATH_CC_X10 + i], XYZ10[i]);
+    }
+    EXPECT_EQ(r[QOMATH_CC_U], uv[0]);
+    EXPECT_EQ(r[QOMATH_CC_CCT], cct.cct);
+    EXPECT_EQ(r[QOMATH_CC_DUV], cct.duv);
+    EXPECT_EQ(r[QOMATH_CC_RA], cri[16]);
+    for (int i = 0; i < 15; ++i) EXPECT_EQ(r[QOMATH_CC_R1 + i], cri[i]) << i;
+    EXPECT_EQ(r[QOMATH_CC_PHOTOMETRIC], lux[1]);
+    EXPECT_EQ(r[QOMATH_CC_UNIT], 1.0f);
+    EXPECT_EQ(r[QOMATH_CC_WHITE], 1.0f);
+    EXPECT_EQ(r[QOMATH_CC_ILLUMINANT], -1.0f);
+    auto sample = xyz_of(a), white = xyz_of(table(9));
+    std::array<float, 3> locus{};
+    float dominant = 0;
+    ASSERT_EQ(DominantWavelength2(sample.data(), white.data(), locus.data(), &dominant), 1);
+    EXPECT_EQ(r[QOMATH_CC_DOMINANT_WL], dominant);
+    CC own{};  // A from its own white: no dominant wavelength
+    ASSERT_EQ(cc(a, 1, 2, 0, own), 1);
+    EXPECT_EQ(own[QOMATH_CC_DOMINANT_WL], 0.0f);
+    EXPECT_EQ(own[QOMATH_CC_DOMINANT_KIND], 0.0f);
+
+    // The range form over the same grid: the same numbers.
+    typ_wlinfo range{300, 830, 1};
+    CC r2{};
+    ASSERT_EQ(ColorimetricCalc2(a.v.data(), &range, 1, QOMATH_WHITE_D65, 0, r2.data()), 1);
+    EXPECT_EQ(r, r2);
+}
+
+TEST(SummaryColorimetric, TransmittanceAndLines)
+{
+    const Sampled clear = grid(380, 780, 5, [](float) { return 1.0; });
+    CC r{};
+    ASSERT_EQ(cc(clear, 5, 0, 1, r), 1);
+    const auto d65 = xyz_of(table(9));
+    EXPECT_NEAR(r[QOMATH_CC_x], d65[0], 1e-3f);
+    EXPECT_NEAR(r[QOMATH_CC_y], d65[1], 1e-3f);
+    EXPECT_EQ(r[QOMATH_CC_RA], 0.0f);
+    EXPECT_EQ(r[QOMATH_CC_PHOTOMETRIC], 0.0f);
+    EXPECT_EQ(r[QOMATH_CC_ILLUMINANT], 1.0f);
+    std::array<float, 4> lux{};  // the same spectrum as an irradiance
+    ASSERT_EQ(cc(clear, 1, 0, 0, r), 1);
+    ASSERT_EQ(IlluminanceCalc(clear.wl.data(), clear.v.data(), clear.n(), lux.data()), 1);
+    EXPECT_EQ(r[QOMATH_CC_PHOTOMETRIC], lux[1]);
+    // A reflectance of 1 under A looks like A.
+    ASSERT_EQ(cc(clear, 6, 0, 2, r), 1);
+    EXPECT_NEAR(r[QOMATH_CC_x], 0.4476f, 1e-3f);
+
+    // A narrow line: dominant at the line, nearly pure.
+    auto gauss = [](float w, double at, double sd) {
+        return std::exp(-0.5 * std::pow((w - at) / sd, 2));
+    };
+    const Sampled line = grid(360, 830, 1, [&](float w) { return gauss(w, 550, 2); });
+    ASSERT_EQ(cc(line, 1, 0, 0, r), 1);
+    EXPECT_NEAR(r[QOMATH_CC_DOMINANT_WL], 550.0f, 1.0f);
+    EXPECT_EQ(r[QOMATH_CC_DOMINANT_KIND], 1.0f);
+    EXPECT_GT(r[QOMATH_CC_EXCITATION_PURITY], 0.95f);
+    // Two lines, blue and red: a purple, reported by its complementary wavelength.
+    const Sampled purple =
+        grid(360, 830, 1, [&](float w) { return gauss(w, 440, 3) + gauss(w, 650, 3); });
+    ASSERT_EQ(cc(purple, 0, 0, 0, r), 1);
+    EXPECT_EQ(r[QOMATH_CC_DOMINANT_KIND], -1.0f);
+    EXPECT_GT(r[QOMATH_CC_DOMINANT_WL], 490.0f);
+    EXPECT_LT(r[QOMATH_CC_DOMINANT_WL], 570.0f);
+    EXPECT_EQ(r[QOMATH_CC_EXCITATION_PURITY], 0.0f);
+}
+
+TEST(SummaryColorimetric, HostileInput)
+{
+    const Sampled s = grid(380, 780, 5, [](float) { return 1.0; });
+    const CC zero{};
+    CC r{};
+    auto call = [&](const Sampled& x, int n, int unit) {
+        r.fill(7.0f);
+        return ColorimetricCalc(x.wl.data(), x.v.data(), n, unit, 0, 0, r.data());
+    };
+    EXPECT_EQ(call(Sampled{}, 81, 1), -1);
+    EXPECT_EQ(ColorimetricCalc(s.wl.data(), s.v.data(), s.n(), 1, 0, 0, nullptr), -1);
+    EXPECT_EQ(call(s, s.n(), 7), -1);
+    EXPECT_EQ(call(s, 4, 1), -2);
+    Sampled bad = s;
+    bad.wl[10] = bad.wl[9];
+    EXPECT_EQ(call(bad, bad.n(), 1), -2);
+    bad = s;
+    bad.v[3] = std::numeric_limits<float>::quiet_NaN();
+    EXPECT_EQ(call(bad, bad.n(), 1), -2);
+    EXPECT_EQ(call(grid(850, 1000, 5, [](float) { return 1.0; }), 31, 1), -3);
+    EXPECT_EQ(call(grid(380, 780, 5, [](float) { return 0.0; }), 81, 1), -5);
+    EXPECT_EQ(r, zero);
+    EXPECT_EQ(call(grid(380, 780, 5, [](float) { return 3e38; }), 81, 1), -5);
+    EXPECT_EQ(r, zero);
+    typ_wlinfo range{380, 780, 5};
+    EXPECT_EQ(ColorimetricCalc2(nullptr, &range, 1, 0, 0, r.data()), -1);
+    range = {380, 390, 5};  // three points
+    EXPECT_EQ(ColorimetricCalc2(s.v.data(), &range, 1, 0, 0, r.data()), -2);
+    range = {380, 780, 0.01f};  // 40001 points
+    EXPECT_EQ(ColorimetricCalc2(s.v.data(), &range, 1, 0, 0, r.data()), -2);
+    EXPECT_EQ(r, zero);
+}
+
+TEST(SummaryRadiometry, BandsPeaksAndHostileInput)
+{
+    const Sampled flat = grid(300, 1000, 5, [](float) { return 1.0; });
+    RC r{};
+    ASSERT_EQ(rc(flat, 402.5f, 501.0f, r), 1);
+    EXPECT_NEAR(r[QOMATH_RC_BAND], 98.5f, 1e-3f);
+    EXPECT_NEAR(r[QOMATH_RC_UV], 80.0f, 1e-3f);  // the spectrum starts at 300
+    EXPECT_NEAR(r[QOMATH_RC_VISIBLE], 400.0f, 1e-3f);
+    EXPECT_NEAR(r[QOMATH_RC_IR], 220.0f, 1e-3f);  // and ends at 1000
+    EXPECT_NEAR(r[QOMATH_RC_TOTAL], 700.0f, 1e-3f);
+    EXPECT_EQ(r[QOMATH_RC_PEAK_WL], 300.0f);
+    EXPECT_NEAR(r[QOMATH_RC_CENTROID], 650.0f, 1e-3f);
+    typ_wlinfo range{300, 1000, 5};
+    RC r2{};
+    ASSERT_EQ(RadiometryCalc2(flat.v.data(), &range, 402.5f, 501.0f, r2.data()), 1);
+    EXPECT_EQ(r, r2);
+    // A ramp: an edge between samples takes the value on the joining line.
+    const Sampled ramp = grid(300, 1000, 5, [](float w) { return w; });
+    ASSERT_EQ(rc(ramp, 401, 503, r), 1);
+    EXPECT_NEAR(r[QOMATH_RC_BAND], (503.0f * 503.0f - 401.0f * 401.0f) / 2.0f, 0.05f);
+
+    Sampled line =
+        grid(400, 700, 1, [](float w) { return 2 * std::exp(-std::pow((w - 550) / 6, 2)); });
+    ASSERT_EQ(rc(line, 380.0f, 780.0f, r), 1);
+    EXPECT_EQ(r[QOMATH_RC_PEAK_WL], 550.0f);
+    EXPECT_FLOAT_EQ(r[QOMATH_RC_PEAK_VALUE], 2.0f);
+    EXPECT_EQ(r[QOMATH_RC_FWHM], ComputeFWHMoptions(line.wl.data(), line.v.data(), line.n()));
+    EXPECT_EQ(r[QOMATH_RC_CENTROID], Centroid2(line.wl.data(), line.v.data(), line.n()));
+    EXPECT_EQ(r[QOMATH_RC_BAND], r[QOMATH_RC_TOTAL]);
+
+    const RC zero{};
+    EXPECT_EQ(rc(Sampled{}, 400, 500, r), -1);
+    EXPECT_EQ(RadiometryCalc(flat.wl.data(), flat.v.data(), flat.n(), 400, 500, nullptr), -1);
+    EXPECT_EQ(RadiometryCalc(flat.wl.data(), flat.v.data(), 1, 400, 500, r.data()), -2);
+    EXPECT_EQ(rc(flat, 500, 500, r), -3);
+    EXPECT_EQ(rc(flat, NAN, 500, r), -3);
+    EXPECT_EQ(r, zero);
+    const float inf = std::numeric_limits<float>::infinity();
+    ASSERT_EQ(rc(flat, -inf, inf, r), 1);
+    EXPECT_NEAR(r[QOMATH_RC_BAND], 700.0f, 1e-3f);
+    const Sampled huge = grid(300, 1000, 5, [](float) { return 3e38; });
+    EXPECT_EQ(rc(huge, 400, 500, r), -2);
+    EXPECT_EQ(r, zero);
+    line.wl[5] = line.wl[4];
+    EXPECT_EQ(rc(line, 400, 500, r), -2);
+    range = {300, 1000, 0};
+    EXPECT_EQ(RadiometryCalc2(flat.v.data(), &range, 400, 500, r.data()), -2);
+    EXPECT_EQ(RadiometryCalc2(flat.v.data(), nullptr, 400, 500, r.data()), -1);
+}
+
+}  // namespace
