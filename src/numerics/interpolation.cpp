@@ -67,7 +67,7 @@ double distance(float a, float b)
 // distances, and 0 when nothing is nearer than 99999999.9 (a NaN, say).
 // On an increasing grid the two neighbours of x decide; otherwise every
 // point is looked at.
-std::size_t nearest(std::span<const float> xs, bool increasing, float x)
+std::size_t nearest(std::span<const float> xs, bool increasing, float x, std::size_t& hint)
 {
     constexpr double kFar = 99999999.9;
     if (!increasing) {
@@ -82,8 +82,17 @@ std::size_t nearest(std::span<const float> xs, bool increasing, float x)
         }
         return k;
     }
-    const auto above = std::upper_bound(xs.begin(), xs.end(), x);
-    std::size_t k = above == xs.begin() ? 0 : static_cast<std::size_t>(above - xs.begin()) - 1;
+    // The first wavelength above x: destinations usually rise, so walk a few
+    // steps on from the last answer before falling back to bisection.
+    std::size_t above = hint;
+    bool found = false;
+    if (above <= xs.size() && (above == 0 || xs[above - 1] <= x)) {
+        for (int steps = 0; steps < 8 && above < xs.size() && xs[above] <= x; ++steps) ++above;
+        found = above == xs.size() || xs[above] > x;
+    }
+    if (!found) above = static_cast<std::size_t>(std::upper_bound(xs.begin(), xs.end(), x) - xs.begin());
+    hint = above;
+    std::size_t k = above == 0 ? 0 : above - 1;
     if (k + 1 < xs.size() && distance(x, xs[k + 1]) < distance(x, xs[k])) ++k;
     // Rounding can make far neighbours tie; the scan keeps the first of them.
     while (k > 0 && distance(x, xs[k - 1]) == distance(x, xs[k])) --k;
@@ -100,6 +109,7 @@ int interpolate_polynomial(std::span<const float> xs, const std::array<std::span
 {
     const bool increasing = strictly_increasing(xs);
     const std::size_t last = xs.size() - 1;
+    std::size_t hint = 0;
     int status = 1;
     // Points that need the kernel are solved a group at a time, in point order.
     constexpr std::size_t kGroup = 4;
@@ -119,7 +129,7 @@ int interpolate_polynomial(std::span<const float> xs, const std::array<std::span
     };
     for (std::size_t i = 0; i < xd.size(); ++i) {
         const float x = xd[i];
-        const std::size_t k = nearest(xs, increasing, x);
+        const std::size_t k = nearest(xs, increasing, x, hint);
         if (distance(x, xs[k]) < 0.0001) {
             for (std::size_t j = 0; j < K; ++j) yd[j][i] = ys[j][k];
             continue;
