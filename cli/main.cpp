@@ -19,6 +19,46 @@ constexpr Command kCommands[] = {
      "spectrum loci) with its wavelength range, point count and the sum of its\n"
      "values, a quick check that two builds carry the same numbers.\n",
      run_tables},
+    {"analyze", "colorimetry, photometry and radiometry of spectral files",
+     "usage: qomath analyze [--csv | --json] [--observer 2|10] [--white E|D65|A|C]\n"
+     "                      [--illuminant D65|A|C] FILE|FOLDER...\n\n"
+     "Analyses spectral text files of version 1.0 and 2.0; a folder stands for\n"
+     "every regular file in it, in name order. Files are read in parallel and\n"
+     "reported in the order given.\n\n"
+     "For each file: header, unit, points and range; X Y Z and X10 Y10 Z10, x y\n"
+     "and u' v', CCT and Duv, dominant (or complementary) wavelength and the\n"
+     "purities, Ra and R1..R15 for light sources, the photometric value of the\n"
+     "unit (illuminance, luminous intensity, luminous flux or luminance), peak,\n"
+     "centroid, FWHM and the UV, visible, IR and total integrals.\n\n"
+     "options:\n"
+     "  --csv               one row per file after a header row\n"
+     "  --json              an array of objects, one per file (UTF-8)\n"
+     "  --observer 2|10     whose x, y, u', v' head the report (default 2)\n"
+     "  --white E|D65|A|C   white point of the dominant wavelength (default E)\n"
+     "  --illuminant D65|A|C  light under which transmittance and reflectance\n"
+     "                      are seen (default D65)\n\n"
+     "A figure that does not apply is empty in CSV and null in JSON. Files that\n"
+     "cannot be read are named on standard error with the reader's status.\n"
+     "Exit status: 0 all files analysed, 1 some failed, 2 usage error.\n",
+     run_analyze},
+    {"convert", "convert a spectral file between versions 1.0 and 2.0",
+     "usage: qomath convert IN OUT --to 1|2\n\n"
+     "Reads IN (version 1.0 or 2.0) and writes OUT in version 1.0 (an even\n"
+     "wavelength grid; the wavelengths of IN must be evenly spaced) or 2.0\n"
+     "(wavelength and value pairs). Header, unit and information lines are kept.\n"
+     "Exit status: 0 written, 1 read, conversion or write failed, 2 usage error.\n",
+     run_convert},
+    {"plot", "draw a spectrum and its colour point as SVG",
+     "usage: qomath plot FILE -o OUT.svg [--white E|D65|A|C] [--illuminant D65|A|C]\n\n"
+     "Writes an SVG: the spectrum on a wavelength axis beside the CIE 1931\n"
+     "chromaticity diagram (spectrum locus, purple line, Planckian locus from\n"
+     "1000 K to 20000 K with 2000, 3000, 4000, 6500 and 10000 K marked) and the\n"
+     "sample's x, y as the circle id=\"sample\".\n\n"
+     "The group id=\"chromaticity\" states its mapping in data attributes: x in\n"
+     "[data-x-min, data-x-max] maps linearly onto [data-left, data-right] and y\n"
+     "in [data-y-min, data-y-max] onto [data-bottom, data-top] (SVG user units).\n"
+     "Exit status: 0 written, 1 read or write failed (or no colour point), 2 usage.\n",
+     run_plot},
 };
 
 void print_usage(std::FILE* out)

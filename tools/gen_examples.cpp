@@ -97,7 +97,7 @@ int main(int argc, char** argv)
     // Blue chip near 450 nm and a broad phosphor band near 560 nm, in
     // microwatts per square centimetre and nanometre at the detector.
     failed += write_v2(
-        dir + "white_led_v2.txt", "White LED, 4000 K class (synthetic)", 1, 380.0f, 0.5f, 801,
+        dir + "white_led_v2.txt", "White LED, 5000 K class (synthetic)", 1, 380.0f, 0.5f, 801,
         [](float w) {
             return static_cast<float>(1.8 * gauss(w, 451.0, 9.5) + 1.05 * gauss(w, 560.0, 48.0) +
                                       0.35 * gauss(w, 620.0, 40.0));

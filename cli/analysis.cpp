@@ -1,0 +1,88 @@
+#include "analysis.hpp"
+
+#include <cctype>
+#include <string>
+
+namespace qomath::cli {
+namespace {
+
+std::string upper(std::string_view s)
+{
+    std::string u(s);
+    for (char& c : u) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+    return u;
+}
+
+}  // namespace
+
+int parse_white(std::string_view s)
+{
+    const std::string u = upper(s);
+    if (u == "E") return QOMATH_WHITE_E;
+    if (u == "D65") return QOMATH_WHITE_D65;
+    if (u == "A") return QOMATH_WHITE_A;
+    if (u == "C") return QOMATH_WHITE_C;
+    return -1;
+}
+
+int parse_illuminant(std::string_view s)
+{
+    const std::string u = upper(s);
+    if (u == "D65") return 1;
+    if (u == "A") return 2;
+    if (u == "C") return 3;
+    return -1;
+}
+
+const char* white_name(int code)
+{
+    switch (code) {
+    case QOMATH_WHITE_E: return "E";
+    case QOMATH_WHITE_D65: return "D65";
+    case QOMATH_WHITE_A: return "A";
+    case QOMATH_WHITE_C: return "C";
+    default: return "?";
+    }
+}
+
+const char* illuminant_name(int code)
+{
+    switch (code) {
+    case 1: return "D65";
+    case 2: return "A";
+    case 3: return "C";
+    default: return "?";
+    }
+}
+
+std::mutex& calculation_lock()
+{
+    static std::mutex m;
+    return m;
+}
+
+void calculate(const Spectrum& s, const CalcOptions& opt, Calculation& out)
+{
+    const int n = static_cast<int>(s.values.size());
+    const float first = s.wavelengths.empty() ? 0.0f : s.wavelengths.front();
+    const float last = s.wavelengths.empty() ? 0.0f : s.wavelengths.back();
+    const std::lock_guard<std::mutex> hold(calculation_lock());
+    out.cc_status = ColorimetricCalc(s.wavelengths.data(), s.values.data(), n, s.unit_code,
+                                     opt.white, opt.illuminant, out.cc);
+    out.rc_status = RadiometryCalc(s.wavelengths.data(), s.values.data(), n, first, last, out.rc);
+}
+
+const char* colorimetry_status_meaning(int status)
+{
+    switch (status) {
+    case 1: return "success";
+    case -1: return "bad arguments";
+    case -2: return "fewer than 5 points";
+    case -3: return "the data do not reach into 370..820 nm";
+    case -4: return "out of memory";
+    case -5: return "the spectrum has no colour";
+    default: return "unknown failure";
+    }
+}
+
+}  // namespace qomath::cli

@@ -1,0 +1,535 @@
+// qomath analyze: every colorimetric, photometric and radiometric figure of
+// spectral files, as a text report, CSV or JSON. Files are read and parsed in
+// parallel; the library calculations run one at a time (see analysis.hpp);
+// results come out in input order.
+#include <unistd.h>
+
+#include <algorithm>
+#include <atomic>
+#include <condition_variable>
+#include <cstring>
+#include <filesystem>
+#include <mutex>
+#include <string>
+#include <system_error>
+#include <thread>
+#include <vector>
+
+#include <qomath/qomath.h>
+
+#include "analysis.hpp"
+#include "command.hpp"
+#include "spectrum_io.hpp"
+#include "text.hpp"
+
+namespace qomath::cli {
+namespace {
+
+enum class Format { text, csv, json };
+
+struct Options {
+    Format format = Format::text;
+    int observer = 2;
+    CalcOptions calc;
+};
+
+struct Item {
+    std::string path;
+    std::string out;  // for standard output
+    std::string err;  // for standard error
+    bool failed = false;
+};
+
+// ---- what applies ----------------------------------------------------------
+
+struct Photometric {
+    const char* quantity;
+    const char* unit;
+};
+
+Photometric photometric_of(int unit_code)
+{
+    switch (unit_code) {
+    case 1: return {"illuminance", "lx"};
+    case 2: return {"luminous intensity", "cd"};
+    case 3: return {"luminous flux", "lm"};
+    case 4: return {"luminance", "cd/m^2"};
+    default: return {nullptr, nullptr};
+    }
+}
+
+// One analysed file, reduced to named values: each either a number, a text or
+// absent (does not apply). The three formats print this list.
+struct Field {
+    const char* key;
+    enum Kind { none, num, text } kind = none;
+    double value = 0.0;
+    std::string str;  // UTF-8
+};
+
+void put(std::vector<Field>& f, const char* key, double v) { f.push_back({key, Field::num, v, {}}); }
+void put_text(std::vector<Field>& f, const char* key, std::string s)
+{
+    f.push_back({key, Field::text, 0.0, std::move(s)});
+}
+void put_none(std::vector<Field>& f, const char* key) { f.push_back({key, Field::none, 0.0, {}}); }
+void put_if(std::vector<Field>& f, const char* key, bool applies, double v)
+{
+    if (applies)
+        put(f, key, v);
+    else
+        put_none(f, key);
+}
+
+constexpr const char* kRiKeys[15] = {"r1",  "r2",  "r3",  "r4",  "r5",  "r6",  "r7", "r8",
+                                     "r9",  "r10", "r11", "r12", "r13", "r14", "r15"};
+
+std::vector<Field> fields_of(const std::string& path, const Spectrum& s, const Calculation& c,
+                             const Options& opt)
+{
+    std::vector<Field> f;
+    f.reserve(72);
+    const bool cc = c.cc_status == 1;
+    const bool rc = c.rc_status == 1;
+    const float* r = c.cc;
+    const bool ten = opt.observer == 10;
+    put_text(f, "file", path);
+    put(f, "version", static_cast<double>(s.version));
+    put_text(f, "header", cp1252_to_utf8(s.header));
+    put_text(f, "unit", cp1252_to_utf8(s.unit));
+    put(f, "unit_code", s.unit_code);
+    put(f, "points", static_cast<double>(s.values.size()));
+    put(f, "wl_first_nm", s.wavelengths.empty() ? 0.0 : static_cast<double>(s.wavelengths.front()));
+    put(f, "wl_last_nm", s.wavelengths.empty() ? 0.0 : static_cast<double>(s.wavelengths.back()));
+    put(f, "observer", opt.observer);
+    put_if(f, "x", cc, r[ten ? QOMATH_CC_x10 : QOMATH_CC_x]);
+    put_if(f, "y", cc, r[ten ? QOMATH_CC_y10 : QOMATH_CC_y]);
+    put_if(f, "u_prime", cc, r[ten ? QOMATH_CC_UP10 : QOMATH_CC_UP]);
+    put_if(f, "v_prime", cc, r[ten ? QOMATH_CC_VP10 : QOMATH_CC_VP]);
+    put_if(f, "tristimulus_x", cc, r[QOMATH_CC_X]);
+    put_if(f, "tristimulus_y", cc, r[QOMATH_CC_Y]);
+    put_if(f, "tristimulus_z", cc, r[QOMATH_CC_Z]);
+    put_if(f, "tristimulus_x10", cc, r[QOMATH_CC_X10]);
+    put_if(f, "tristimulus_y10", cc, r[QOMATH_CC_Y10]);
+    put_if(f, "tristimulus_z10", cc, r[QOMATH_CC_Z10]);
+    put_if(f, "cie1931_x", cc, r[QOMATH_CC_x]);
+    put_if(f, "cie1931_y", cc, r[QOMATH_CC_y]);
+    put_if(f, "cie1931_u_prime", cc, r[QOMATH_CC_UP]);
+    put_if(f, "cie1931_v_prime", cc, r[QOMATH_CC_VP]);
+    put_if(f, "cie1964_x", cc, r[QOMATH_CC_x10]);
+    put_if(f, "cie1964_y", cc, r[QOMATH_CC_y10]);
+    put_if(f, "cie1964_u_prime", cc, r[QOMATH_CC_UP10]);
+    put_if(f, "cie1964_v_prime", cc, r[QOMATH_CC_VP10]);
+    const bool cct = cc && r[QOMATH_CC_CCT] > 0.0f;
+    put_if(f, "cct_k", cct, r[QOMATH_CC_CCT]);
+    put_if(f, "duv", cct, r[QOMATH_CC_DUV]);
+    const int kind = cc ? static_cast<int>(r[QOMATH_CC_DOMINANT_KIND]) : 0;
+    put_if(f, "dominant_wavelength_nm", kind != 0, r[QOMATH_CC_DOMINANT_WL]);
+    if (kind != 0)
+        put_text(f, "dominant_kind", kind > 0 ? "dominant" : "complementary");
+    else
+        put_none(f, "dominant_kind");
+    put_if(f, "excitation_purity", cc, r[QOMATH_CC_EXCITATION_PURITY]);
+    put_if(f, "colorimetric_purity", cc, r[QOMATH_CC_COLORIMETRIC_PURITY]);
+    put_text(f, "white_point", white_name(opt.calc.white));
+    if (is_emitter(s.unit_code))
+        put_none(f, "illuminant");
+    else
+        put_text(f, "illuminant", illuminant_name(opt.calc.illuminant));
+    const bool cri = cct && is_emitter(s.unit_code);
+    put_if(f, "ra", cri, r[QOMATH_CC_RA]);
+    for (int i = 0; i < 15; ++i) put_if(f, kRiKeys[i], cri, r[QOMATH_CC_R1 + i]);
+    const Photometric ph = photometric_of(s.unit_code);
+    if (ph.quantity) {
+        put_text(f, "photometric_quantity", ph.quantity);
+        put_if(f, "photometric_value", cc, r[QOMATH_CC_PHOTOMETRIC]);
+        put_text(f, "photometric_unit", ph.unit);
+    } else {
+        put_none(f, "photometric_quantity");
+        put_none(f, "photometric_value");
+        put_none(f, "photometric_unit");
+    }
+    const float* q = c.rc;
+    put_if(f, "peak_wavelength_nm", rc, q[QOMATH_RC_PEAK_WL]);
+    put_if(f, "peak_value", rc, q[QOMATH_RC_PEAK_VALUE]);
+    put_if(f, "centroid_nm", rc, q[QOMATH_RC_CENTROID]);
+    put_if(f, "fwhm_nm", rc && q[QOMATH_RC_FWHM] > 0.0f, q[QOMATH_RC_FWHM]);
+    put_if(f, "integral_uv", rc, q[QOMATH_RC_UV]);
+    put_if(f, "integral_visible", rc, q[QOMATH_RC_VISIBLE]);
+    put_if(f, "integral_ir", rc, q[QOMATH_RC_IR]);
+    put_if(f, "integral_total", rc, q[QOMATH_RC_TOTAL]);
+    put(f, "colorimetry_status", c.cc_status);
+    return f;
+}
+
+// ---- the three formats --------------------------------------------------------
+
+std::string csv_header()
+{
+    // Built from an empty analysis, so the header always matches the rows.
+    Options opt;
+    const std::vector<Field> f = fields_of({}, Spectrum{}, Calculation{}, opt);
+    std::string h;
+    for (const Field& x : f) {
+        if (!h.empty()) h.push_back(',');
+        h += x.key;
+    }
+    h.push_back('\n');
+    return h;
+}
+
+std::string csv_row(const std::vector<Field>& f)
+{
+    std::string row;
+    bool first = true;
+    for (const Field& x : f) {
+        if (!first) row.push_back(',');
+        first = false;
+        if (x.kind == Field::num)
+            row += number(x.value);
+        else if (x.kind == Field::text)
+            row += csv_field(x.str);
+    }
+    row.push_back('\n');
+    return row;
+}
+
+std::string json_object(const std::vector<Field>& f, const Spectrum& s)
+{
+    std::string o = "  {";
+    bool first = true;
+    for (const Field& x : f) {
+        if (!first) o += ", ";
+        first = false;
+        o += json_string(x.key);
+        o += ": ";
+        if (x.kind == Field::num) {
+            const std::string v = number(x.value);
+            o += v.empty() ? "null" : v;
+        } else if (x.kind == Field::text) {
+            o += json_string(x.str);
+        } else {
+            o += "null";
+        }
+        if (std::strcmp(x.key, "unit_code") == 0) {
+            o += ", \"info\": [";
+            for (std::size_t i = 0; i < s.info.size(); ++i) {
+                if (i) o += ", ";
+                o += json_string(cp1252_to_utf8(s.info[i]));
+            }
+            o += "]";
+        }
+    }
+    o += "}";
+    return o;
+}
+
+const Field* find(const std::vector<Field>& f, std::string_view key)
+{
+    for (const Field& x : f)
+        if (key == x.key) return &x;
+    return nullptr;
+}
+
+std::string fmt(const std::vector<Field>& f, std::string_view key, const char* format)
+{
+    const Field* x = find(f, key);
+    if (!x || x->kind == Field::none) return "-";
+    if (x->kind == Field::text) return printable(x->str);
+    char buf[64];
+    std::snprintf(buf, sizeof buf, format, x->value);
+    return buf;
+}
+
+bool has(const std::vector<Field>& f, std::string_view key)
+{
+    const Field* x = find(f, key);
+    return x && x->kind != Field::none;
+}
+
+std::string text_report(const std::vector<Field>& f, const Spectrum& s, const Calculation& c,
+                        const Options& opt)
+{
+    std::string o;
+    auto line = [&o](const char* label, const std::string& value) {
+        char buf[32];
+        std::snprintf(buf, sizeof buf, "  %-22s ", label);
+        o += buf;
+        o += value;
+        o += '\n';
+    };
+    o += "== " + printable(find(f, "file")->str) + "\n";
+    line("header", printable(cp1252_to_utf8(s.header)));
+    line("unit", printable(cp1252_to_utf8(s.unit)) + " (code " + fmt(f, "unit_code", "%.0f") +
+                     "), file version " + fmt(f, "version", "%.1f"));
+    line("points", fmt(f, "points", "%.0f") + ", " + fmt(f, "wl_first_nm", "%g") + " .. " +
+                       fmt(f, "wl_last_nm", "%g") + " nm");
+    for (std::size_t i = 0; i < s.info.size(); ++i)
+        line(i == 0 ? "information" : "", printable(cp1252_to_utf8(s.info[i])));
+    if (c.cc_status != 1) {
+        line("colorimetry", std::string("none (status ") + std::to_string(c.cc_status) + ": " +
+                                colorimetry_status_meaning(c.cc_status) + ")");
+    } else {
+        const char* obs = opt.observer == 10 ? "CIE 1964 10 deg" : "CIE 1931 2 deg";
+        line("x, y", fmt(f, "x", "%.5f") + "  " + fmt(f, "y", "%.5f") + "   (" + obs + ")");
+        line("u', v'", fmt(f, "u_prime", "%.5f") + "  " + fmt(f, "v_prime", "%.5f") + "   (" +
+                           obs + ")");
+        line("X, Y, Z", fmt(f, "tristimulus_x", "%.6g") + "  " + fmt(f, "tristimulus_y", "%.6g") +
+                            "  " + fmt(f, "tristimulus_z", "%.6g") + "   (2 deg)");
+        line("X10, Y10, Z10", fmt(f, "tristimulus_x10", "%.6g") + "  " +
+                                  fmt(f, "tristimulus_y10", "%.6g") + "  " +
+                                  fmt(f, "tristimulus_z10", "%.6g") + "   (10 deg)");
+        if (opt.observer == 10)
+            line("x, y (2 deg)", fmt(f, "cie1931_x", "%.5f") + "  " + fmt(f, "cie1931_y", "%.5f"));
+        else
+            line("x, y (10 deg)", fmt(f, "cie1964_x", "%.5f") + "  " + fmt(f, "cie1964_y", "%.5f"));
+        if (!is_emitter(s.unit_code))
+            line("seen under", std::string("illuminant ") + illuminant_name(opt.calc.illuminant));
+        line("CCT", has(f, "cct_k") ? fmt(f, "cct_k", "%.1f") + " K, Duv " + fmt(f, "duv", "%.5f")
+                                    : std::string("-"));
+        const std::string white = std::string(" (white ") + white_name(opt.calc.white) + ")";
+        if (has(f, "dominant_wavelength_nm"))
+            line(find(f, "dominant_kind")->str == "dominant" ? "dominant wavelength"
+                                                             : "complementary wavelength",
+                 fmt(f, "dominant_wavelength_nm", "%.1f") + " nm" + white);
+        else
+            line("dominant wavelength", "-" + white);
+        line("purity", "excitation " + fmt(f, "excitation_purity", "%.4f") + ", colorimetric " +
+                           fmt(f, "colorimetric_purity", "%.4f"));
+        if (has(f, "ra")) {
+            line("Ra", fmt(f, "ra", "%.1f"));
+            std::string ri;
+            for (int i = 0; i < 15; ++i) {
+                if (i == 8) {
+                    line("R1..R8", ri);
+                    ri.clear();
+                }
+                if (!ri.empty()) ri += ' ';
+                ri += fmt(f, kRiKeys[i], "%.1f");
+            }
+            line("R9..R15", ri);
+        }
+        if (has(f, "photometric_quantity"))
+            line(find(f, "photometric_quantity")->str.c_str(),
+                 fmt(f, "photometric_value", "%.6g") + " " + find(f, "photometric_unit")->str);
+    }
+    if (c.rc_status == 1) {
+        line("peak", fmt(f, "peak_wavelength_nm", "%.2f") + " nm, value " +
+                         fmt(f, "peak_value", "%.6g"));
+        line("centroid", fmt(f, "centroid_nm", "%.2f") + " nm");
+        line("FWHM", has(f, "fwhm_nm") ? fmt(f, "fwhm_nm", "%.2f") + " nm" : std::string("-"));
+        line("integrals (value x nm)", "UV 200-380 " + fmt(f, "integral_uv", "%.6g") +
+                                           ", visible 380-780 " +
+                                           fmt(f, "integral_visible", "%.6g") + ", IR 780-1100 " +
+                                           fmt(f, "integral_ir", "%.6g") + ", total " +
+                                           fmt(f, "integral_total", "%.6g"));
+    } else {
+        line("radiometry", "none (status " + std::to_string(c.rc_status) + ")");
+    }
+    o += '\n';
+    return o;
+}
+
+// ---- the batch --------------------------------------------------------------
+
+struct Worker {
+    Records recs;
+    Spectrum s;
+    Calculation calc;
+};
+
+void analyse(Item& it, Worker& w, const Options& opt)
+{
+    const int st = read_spectrum(it.path.c_str(), w.recs, w.s);
+    if (st != 1) {
+        it.failed = true;
+        it.err = "qomath: " + printable(it.path) + ": cannot read (" +
+                 describe_read_failure(st, w.s.version) + ")\n";
+        return;
+    }
+    calculate(w.s, opt.calc, w.calc);
+    if (w.calc.cc_status != 1)
+        it.err = "qomath: " + printable(it.path) + ": no colorimetry (status " +
+                 std::to_string(w.calc.cc_status) + ": " +
+                 colorimetry_status_meaning(w.calc.cc_status) + ")\n";
+    const std::vector<Field> f = fields_of(it.path, w.s, w.calc, opt);
+    switch (opt.format) {
+    case Format::csv: it.out = csv_row(f); break;
+    case Format::json: it.out = json_object(f, w.s); break;
+    case Format::text: it.out = text_report(f, w.s, w.calc, opt); break;
+    }
+}
+
+// Expands folders into their regular files, sorted by name. A folder that
+// cannot be listed is an error message in errors.
+std::vector<Item> expand(const std::vector<std::string>& args, std::vector<std::string>& errors)
+{
+    namespace fs = std::filesystem;
+    std::vector<Item> items;
+    for (const std::string& a : args) {
+        std::error_code ec;
+        if (!fs::is_directory(fs::path(a), ec)) {
+            items.push_back({a, {}, {}, false});
+            continue;
+        }
+        std::vector<std::string> names;
+        fs::directory_iterator it(fs::path(a), ec), end;
+        for (; !ec && it != end; it.increment(ec)) {
+            std::error_code e2;
+            if (it->is_regular_file(e2)) names.push_back(it->path().filename().string());
+        }
+        if (ec) {
+            errors.push_back("qomath: " + printable(a) + ": cannot list the folder (" +
+                             ec.message() + ")\n");
+            continue;
+        }
+        std::sort(names.begin(), names.end());
+        const std::string dir = (a.empty() || a.back() == '/') ? a : a + "/";
+        for (std::string& n : names) items.push_back({dir + n, {}, {}, false});
+    }
+    return items;
+}
+
+constexpr std::string_view kUsageLine =
+    "usage: qomath analyze [--csv | --json] [--observer 2|10] [--white E|D65|A|C]\n"
+    "                      [--illuminant D65|A|C] FILE|FOLDER...\n";
+
+int usage_error(std::FILE* err, const std::string& what)
+{
+    std::fprintf(err, "qomath analyze: %s\n%.*s", what.c_str(), static_cast<int>(kUsageLine.size()),
+                 kUsageLine.data());
+    return kExitUsage;
+}
+
+}  // namespace
+
+int run_analyze(std::span<char* const> args, std::FILE* out, std::FILE* err)
+{
+    Options opt;
+    std::vector<std::string> paths;
+    bool options_done = false;
+    for (std::size_t i = 0; i < args.size(); ++i) {
+        std::string a = args[i];
+        if (options_done || a.size() < 2 || a[0] != '-') {
+            paths.push_back(a);
+            continue;
+        }
+        if (a == "--") {
+            options_done = true;
+            continue;
+        }
+        std::string value;
+        const bool takes_value = a.rfind("--observer", 0) == 0 || a.rfind("--white", 0) == 0 ||
+                                 a.rfind("--illuminant", 0) == 0;
+        if (takes_value) {
+            const auto eq = a.find('=');
+            if (eq != std::string::npos) {
+                value = a.substr(eq + 1);
+                a.resize(eq);
+            } else if (i + 1 < args.size()) {
+                value = args[++i];
+            } else {
+                return usage_error(err, "option '" + a + "' needs a value");
+            }
+        }
+        if (a == "--csv") {
+            opt.format = Format::csv;
+        } else if (a == "--json") {
+            opt.format = Format::json;
+        } else if (a == "--text") {
+            opt.format = Format::text;
+        } else if (a == "--observer") {
+            if (value == "2")
+                opt.observer = 2;
+            else if (value == "10")
+                opt.observer = 10;
+            else
+                return usage_error(err, "--observer takes 2 or 10, not '" + value + "'");
+        } else if (a == "--white") {
+            opt.calc.white = parse_white(value);
+            if (opt.calc.white < 0)
+                return usage_error(err, "--white takes E, D65, A or C, not '" + value + "'");
+        } else if (a == "--illuminant") {
+            opt.calc.illuminant = parse_illuminant(value);
+            if (opt.calc.illuminant < 0)
+                return usage_error(err, "--illuminant takes D65, A or C, not '" + value + "'");
+        } else {
+            return usage_error(err, "unknown option '" + a + "'");
+        }
+    }
+    if (paths.empty()) return usage_error(err, "no file given");
+
+    std::vector<std::string> list_errors;
+    std::vector<Item> items = expand(paths, list_errors);
+    bool failed = !list_errors.empty();
+    for (const std::string& e : list_errors) std::fputs(e.c_str(), err);
+
+    const std::size_t n = items.size();
+    unsigned cores = std::thread::hardware_concurrency();
+    if (cores == 0) cores = 2;
+    const std::size_t nthreads = std::min<std::size_t>(cores, n);
+
+    std::mutex ready_mutex;
+    std::condition_variable ready_cv;
+    std::vector<char> ready(n, 0);
+    std::atomic<std::size_t> next{0};
+    auto work = [&]() {
+        auto w = std::make_unique<Worker>();
+        for (;;) {
+            const std::size_t i = next.fetch_add(1);
+            if (i >= n) break;
+            analyse(items[i], *w, opt);
+            {
+                const std::lock_guard<std::mutex> hold(ready_mutex);
+                ready[i] = 1;
+            }
+            ready_cv.notify_one();
+        }
+    };
+    std::vector<std::thread> pool;
+    pool.reserve(nthreads);
+    for (std::size_t t = 0; t < nthreads; ++t) pool.emplace_back(work);
+
+    const bool progress = n > 200 && isatty(fileno(err));
+    std::size_t shown = 0;
+    if (opt.format == Format::csv) {
+        const std::string h = csv_header();
+        std::fwrite(h.data(), 1, h.size(), out);
+    }
+    if (opt.format == Format::json) std::fputs("[\n", out);
+    bool first_object = true;
+    for (std::size_t i = 0; i < n; ++i) {
+        {
+            std::unique_lock<std::mutex> lock(ready_mutex);
+            ready_cv.wait(lock, [&] { return ready[i] != 0; });
+        }
+        Item& it = items[i];
+        if (!it.err.empty()) {
+            if (progress) std::fputs("\r\033[K", err);
+            std::fputs(it.err.c_str(), err);
+        }
+        if (it.failed) {
+            failed = true;
+        } else {
+            if (opt.format == Format::json) {
+                if (!first_object) std::fputs(",\n", out);
+                first_object = false;
+            }
+            std::fwrite(it.out.data(), 1, it.out.size(), out);
+        }
+        std::string().swap(it.out);
+        std::string().swap(it.err);
+        if (progress && (i + 1 == n || (i + 1) * 100 / n != shown * 100 / n)) {
+            shown = i + 1;
+            std::fprintf(err, "\rqomath analyze: %zu/%zu files (%zu%%)", shown, n, shown * 100 / n);
+            std::fflush(err);
+        }
+    }
+    if (progress) std::fputs("\r\033[K", err);
+    if (opt.format == Format::json) std::fputs(first_object ? "]\n" : "\n]\n", out);
+    for (std::thread& t : pool) t.join();
+    std::fflush(out);
+    return failed ? kExitFailed : kExitOk;
+}
+
+}  // namespace qomath::cli
