@@ -22,11 +22,17 @@ build:
 	@$(CONFIGURE) $(BUILD) $(CMAKE_ARGS) >/dev/null
 	@$(BUILD_CMD) $(BUILD) -j $(JOBS)
 
-# Builds everything and runs the program on what it knows.
+# Builds everything and analyses the bundled example spectra.
 demo: build
 	$(BUILD)/cli/qomath version
 	@echo
-	$(BUILD)/cli/qomath tables
+	$(BUILD)/cli/qomath analyze examples
+	@echo
+	$(BUILD)/cli/qomath analyze --csv examples > $(BUILD)/demo.csv
+	$(BUILD)/cli/qomath plot examples/white_led_v2.txt -o $(BUILD)/demo.svg
+	@echo
+	@echo "CSV of the same results: $(BUILD)/demo.csv"
+	@echo "Picture of the white LED's spectrum and chromaticity: $(BUILD)/demo.svg"
 
 test: build
 	cd $(BUILD) && ctest --output-on-failure -j $(JOBS)
