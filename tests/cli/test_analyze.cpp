@@ -1,7 +1,8 @@
 // qomath analyze, convert and plot, run as a user would run them.
 #include <gtest/gtest.h>
 
-#include <sys/wait.h>
+#include "cli/run_qomath.hpp"
+
 #include <unistd.h>
 
 #include <array>
@@ -23,25 +24,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-struct Outcome {
-    int status;
-    std::string out;
-};
-
-// Runs qomath; standard error goes to standard output unless `split`.
-Outcome qomath(const std::string& args, bool merge_stderr = true)
-{
-    std::string cmd = QOMATH_CLI_PATH;
-    cmd.append(" ").append(args).append(merge_stderr ? " 2>&1" : " 2>/dev/null");
-    std::FILE* p = popen(cmd.c_str(), "r");
-    if (!p) return {-1, ""};
-    std::string out;
-    std::array<char, 4096> buf;
-    size_t n;
-    while ((n = std::fread(buf.data(), 1, buf.size(), p)) > 0) out.append(buf.data(), n);
-    const int st = pclose(p);
-    return {WIFEXITED(st) ? WEXITSTATUS(st) : -1, out};
-}
+using qomath::test::Outcome;
+using qomath::test::qomath;
 
 const std::string kExamples = std::string(QOMATH_DATA_DIR) + "/../examples";
 

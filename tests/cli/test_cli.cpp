@@ -1,7 +1,7 @@
 // The qomath program, run as a user would run it.
 #include <gtest/gtest.h>
 
-#include <sys/wait.h>
+#include "cli/run_qomath.hpp"
 
 #include <array>
 #include <cctype>
@@ -16,25 +16,8 @@
 
 namespace {
 
-struct Outcome {
-    int status;
-    std::string out;
-};
-
-// Runs qomath with the given arguments; standard error goes to standard output.
-Outcome qomath(const std::string& args)
-{
-    std::string cmd = QOMATH_CLI_PATH;
-    cmd.append(" ").append(args).append(" 2>&1");
-    std::FILE* p = popen(cmd.c_str(), "r");
-    if (!p) return {-1, ""};
-    std::string out;
-    std::array<char, 4096> buf;
-    size_t n;
-    while ((n = std::fread(buf.data(), 1, buf.size(), p)) > 0) out.append(buf.data(), n);
-    const int st = pclose(p);
-    return {WIFEXITED(st) ? WEXITSTATUS(st) : -1, out};
-}
+using qomath::test::Outcome;
+using qomath::test::qomath;
 
 TEST(Cli, VersionHelpAndUsageErrors)
 {
