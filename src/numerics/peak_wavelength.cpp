@@ -89,6 +89,21 @@ double gaussian_chi2(const Vec& u, const Vec& y, const double (&p)[4])
     return chi2;
 }
 
+// The samples lo..hi of a fit window, with wavelengths in grid steps from
+// the maximum k (keeps the fits well scaled whatever the grid step) and
+// values as (v - floor) / height. False when the window has no positive step.
+bool window_samples(const Vec& wl, const Vec& v, std::size_t lo, std::size_t hi, std::size_t k,
+                    double floor, double height, Vec& u, Vec& y, double& step)
+{
+    step = (wl[hi] - wl[lo]) / static_cast<double>(hi - lo);
+    if (!(step > 0.0)) return false;
+    for (std::size_t i = lo; i <= hi; ++i) {
+        u.push_back((wl[i] - wl[k]) / step);
+        y.push_back((v[i] - floor) / height);
+    }
+    return true;
+}
+
 }  // namespace
 
 int CPeakWavelength::Maximum(const Vec& wavelengths, const Vec& values, double& peakWavelength,
@@ -136,16 +151,11 @@ int CPeakWavelength::PolyFit(const Vec& wavelengths, const Vec& values, double& 
             if (lo == 0) hi = 2;
             else lo = hi - 2;
         }
-        const double step = (wavelengths[hi] - wavelengths[lo]) / static_cast<double>(hi - lo);
-        if (!(step > 0.0)) return static_cast<int>(QOMATH_PEAK_FIT_FAILED);
-        // Wavelengths in samples from the maximum keep the normal equations
-        // well scaled whatever the grid step.
         Vec u;
         Vec y;
-        for (std::size_t i = lo; i <= hi; ++i) {
-            u.push_back((wavelengths[i] - wavelengths[k]) / step);
-            y.push_back(values[i]);
-        }
+        double step = 0.0;
+        if (!window_samples(wavelengths, values, lo, hi, k, 0.0, 1.0, u, y, step))
+            return static_cast<int>(QOMATH_PEAK_FIT_FAILED);
         double cof[3] = {0.0, 0.0, 0.0};
         if (CPolyFit::PolyFit2ndOrder(u, y, cof) != 1 || !(cof[2] < 0.0))
             return static_cast<int>(QOMATH_PEAK_FIT_FAILED);
@@ -171,16 +181,12 @@ int CPeakWavelength::Gaussian(const Vec& wavelengths, const Vec& values, double&
         const std::size_t lo = k >= reach ? k - reach : 0;
         const std::size_t hi = std::min(k + reach, n - 1);
         if (hi - lo + 1 < 5) return static_cast<int>(QOMATH_PEAK_NO_PEAK);
-        const double step = (wavelengths[hi] - wavelengths[lo]) / static_cast<double>(hi - lo);
-        if (!(step > 0.0)) return static_cast<int>(QOMATH_PEAK_FIT_FAILED);
-
         // Fit in samples from the maximum and in units of the line height.
         Vec u;
         Vec y;
-        for (std::size_t i = lo; i <= hi; ++i) {
-            u.push_back((wavelengths[i] - wavelengths[k]) / step);
-            y.push_back((values[i] - line.floor) / line.height);
-        }
+        double step = 0.0;
+        if (!window_samples(wavelengths, values, lo, hi, k, line.floor, line.height, u, y, step))
+            return static_cast<int>(QOMATH_PEAK_FIT_FAILED);
         const double base0 = *std::min_element(y.begin(), y.end());
         double p[4] = {base0, 1.0 - base0, 0.0,
                        std::max(static_cast<double>(line.hi - line.lo + 1) / 2.3548, 0.3)};
