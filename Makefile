@@ -3,6 +3,8 @@ BUILD       ?= build
 BUILD_ASAN  ?= build-asan
 BUILD_BENCH ?= build-release
 BUILD_FUZZ  ?= build-fuzz
+BUILD_RELEASE ?= build-release-check
+BUILD_CLANG ?= build-clang
 FUZZ_SECONDS ?= 60
 PREFIX      ?= /usr/local
 JOBS        ?= $(shell nproc 2>/dev/null || echo 2)
@@ -10,10 +12,11 @@ CMAKE_ARGS  ?=
 
 MAKEFLAGS  += --no-print-directory
 
-CONFIGURE = cmake -S . -B
+# Developer and CI builds treat warnings as errors; a plain CMake build does not.
+CONFIGURE = cmake -DQOMATH_WERROR=ON -S . -B
 BUILD_CMD = cmake --build
 
-.PHONY: all build demo test sanitize bench fuzz install data clean
+.PHONY: all build demo test sanitize release-check clang-check bench fuzz install data clean
 
 all: build
 
@@ -45,6 +48,21 @@ sanitize:
 	cd $(BUILD_ASAN) && ASAN_OPTIONS=detect_leaks=1:strict_string_checks=1 \
 	  UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 ctest --output-on-failure -j $(JOBS)
 
+# The optimised build with its tests: warnings that only optimisation
+# brings out (GCC's -Wrestrict, -Wstringop-*) stop it here.
+release-check:
+	@tools/ensure-deps.sh test
+	@$(CONFIGURE) $(BUILD_RELEASE) -DCMAKE_BUILD_TYPE=Release $(CMAKE_ARGS) >/dev/null
+	@$(BUILD_CMD) $(BUILD_RELEASE) -j $(JOBS)
+	cd $(BUILD_RELEASE) && ctest --output-on-failure -j $(JOBS)
+
+# Everything built with clang as well (Debug, warnings as errors), tests run.
+clang-check:
+	@tools/ensure-deps.sh test fuzz
+	@CC=clang CXX=clang++ $(CONFIGURE) $(BUILD_CLANG) -DCMAKE_BUILD_TYPE=Debug $(CMAKE_ARGS) >/dev/null
+	@$(BUILD_CMD) $(BUILD_CLANG) -j $(JOBS)
+	cd $(BUILD_CLANG) && ctest --output-on-failure -j $(JOBS)
+
 bench:
 	@tools/ensure-deps.sh bench
 	@$(CONFIGURE) $(BUILD_BENCH) -DCMAKE_BUILD_TYPE=Release -DQOMATH_BUILD_BENCH=ON \
@@ -73,4 +91,4 @@ data: build
 	$(BUILD)/tools/qomath_gen_examples examples
 
 clean:
-	rm -rf $(BUILD) $(BUILD_ASAN) $(BUILD_BENCH) $(BUILD_FUZZ)
+	rm -rf $(BUILD) $(BUILD_ASAN) $(BUILD_BENCH) $(BUILD_FUZZ) $(BUILD_RELEASE) $(BUILD_CLANG)

@@ -182,22 +182,6 @@ QOMATH_API float IntegrateQO_(const float* y, int n, float step, int absolute);
 /* Trapezoid rule over the WLNumPts(range) values of y with range->step, in
  * double. 0 for a null pointer, an invalid range or fewer than 2 points. */
 QOMATH_API float IntegrateKW(const float* y, const typ_wlinfo* range);
-/* Integral over wavelength of a spectrum weighted by a CIE colour-matching
- * function: y holds WLNumPts(range) values over range; selector 0..5 picks
- * x-bar, y-bar, z-bar of the 1931 2-degree observer (0..2) or of the 1964
- * 10-degree observer (3..5), the 1 nm tables on 360..830 nm of GetCIEData.
- * Each grid point is weighted by the table at its wavelength (linear between
- * the whole nanometres; exactly the table value on a whole-nanometre grid)
- * and by 0 outside 360..830 nm; the weighted values are summed by the
- * trapezoid rule with range->step, in double. With a spectrum on
- * {360, 830, 1} this is the plain tristimulus integral of that component.
- * 0 for a null pointer, an invalid range, fewer than 2 points or a selector
- * outside 0..5. */
-QOMATH_API float Integrate_CIE(const float* y, const typ_wlinfo* range, int selector);
-/* As Integrate_CIE with each trapezoid taken by its absolute value, like
- * IntegrateQO_ with absolute != 0: the area of the rectified weighted
- * spectrum. Equal to Integrate_CIE for a spectrum that is nowhere negative. */
-QOMATH_API float IntegrateAbsolute_CIE(const float* y, const typ_wlinfo* range, int selector);
 /* Index centroid: (sum of (i+1) * y[i]) / (sum of y[i]) - 1, in double.
  * -1 when |sum of y| <= 1e-19 (also for n < 1 or a null pointer). */
 QOMATH_API float Centroid(const float* y, int n);

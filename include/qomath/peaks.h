@@ -117,18 +117,6 @@ enum {
  */
 QOMATH_API int EdgeOrSlit(float* y, int n);
 
-/* ---- Dominant wavelength ---------------------------------------------------- */
-
-/* Dominant wavelength of the spectrum (x, y) seen from the white point
- * selected by option: 0 equal energy (1/3, 1/3), 1 D65 (0.31271, 0.32902),
- * 2 A (0.44757, 0.40745), 3 C (0.31006, 0.31616), the numbering of the
- * QOMATH_WHITE_* values of summary.h. CIE 1931 X, Y, Z by
- * CalcTristimulusXYZ1931_2, then x, y, then DominantWavelength2. Returns
- * the wavelength in nm (negative for the complementary wavelength of a
- * purple); 0 for a null pointer, an unknown option, or when any of the
- * three steps fails. Goes through the interpolation cache, as the
- * tristimulus functions do. */
-QOMATH_API float ComputeDominantWLoptions(float* x, float* y, int n, int option);
 
 /* ---- All peak estimates at once --------------------------------------------- */
 

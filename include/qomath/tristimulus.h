@@ -96,6 +96,23 @@ QOMATH_API int CalcTristimulusK(const float* values, const typ_wlinfo* range, in
  */
 QOMATH_API int GetCIEDataTristimulus(int selector, float* xyz);
 
+/* Integral over wavelength of a spectrum weighted by a CIE colour-matching
+ * function: y holds WLNumPts(range) values over range; selector 0..5 picks
+ * x-bar, y-bar, z-bar of the 1931 2-degree observer (0..2) or of the 1964
+ * 10-degree observer (3..5), the 1 nm tables on 360..830 nm of GetCIEData.
+ * Each grid point is weighted by the table at its wavelength (linear between
+ * the whole nanometres; exactly the table value on a whole-nanometre grid)
+ * and by 0 outside 360..830 nm; the weighted values are summed by the
+ * trapezoid rule with range->step, in double. With a spectrum on
+ * {360, 830, 1} this is the plain tristimulus integral of that component.
+ * 0 for a null pointer, an invalid range, fewer than 2 points or a selector
+ * outside 0..5. */
+QOMATH_API float Integrate_CIE(const float* y, const typ_wlinfo* range, int selector);
+/* As Integrate_CIE with each trapezoid taken by its absolute value, like
+ * IntegrateQO_ with absolute != 0: the area of the rectified weighted
+ * spectrum. Equal to Integrate_CIE for a spectrum that is nowhere negative. */
+QOMATH_API float IntegrateAbsolute_CIE(const float* y, const typ_wlinfo* range, int selector);
+
 #ifdef __cplusplus
 }
 #endif

@@ -18,6 +18,8 @@
 #include <span>
 
 #include "colorimetry/cie_tables.hpp"
+#include "qomath/chromaticity.h"
+#include "qomath/tristimulus.h"
 
 namespace qomath::dominant {
 
@@ -262,6 +264,14 @@ int search(float* sample, float* white, float* locus_point, float* wavelength,
     return QOMATH_DOMINANT_FOUND;
 }
 
+// White points of ComputeDominantWLoptions, by option.
+constexpr double kWhites[4][2] = {
+    {1.0 / 3.0, 1.0 / 3.0},   // equal energy
+    {0.31271, 0.32902},       // D65
+    {0.44757, 0.40745},       // A
+    {0.31006, 0.31616},       // C
+};
+
 // ---- The stored example spectrum -------------------------------------------
 
 constexpr std::int32_t kWhiteLedRows[][1] = {
@@ -326,6 +336,21 @@ int ExcitationColorimetricPurity(float* record)
     record[6] = static_cast<float>(pe);
     record[7] = static_cast<float>(pc);
     return QOMATH_SUCCESS;
+}
+
+float ComputeDominantWLoptions(float* x, float* y, int n, int option)
+{
+    if (!x || !y || option < 0 || option > 3) return 0.0f;
+    float XYZ[3] = {0.0f, 0.0f, 0.0f};
+    if (CalcTristimulusXYZ1931_2(x, y, n, XYZ) != 1) return 0.0f;
+    float xyz[3] = {0.0f, 0.0f, 0.0f};
+    if (TristimulusXYZTOCIE1931xyz(XYZ, xyz) != 1) return 0.0f;
+    float sample[2] = {xyz[0], xyz[1]};
+    float white[2] = {static_cast<float>(dominant::kWhites[option][0]), static_cast<float>(dominant::kWhites[option][1])};
+    float locus[3] = {0.0f, 0.0f, 0.0f};
+    float wavelength = 0.0f;
+    if (DominantWavelength2(sample, white, locus, &wavelength) != QOMATH_DOMINANT_FOUND) return 0.0f;
+    return wavelength;
 }
 
 int GetPelkinWLSpectralSample(void* out)

@@ -20,6 +20,7 @@
 #include "colorimetry/cie_tables.hpp"
 #include "common/barrier.hpp"
 #include "numerics/interpolation.hpp"
+#include "numerics/trapezoid.hpp"
 #include "qomath/cie_tables.h"
 #include "qomath/grid.h"
 #include "qomath/interpolation.h"
@@ -200,6 +201,34 @@ float normalising_constant(const float* values, const typ_wlinfo* range, int obs
     return static_cast<float>(100.0 / sum);
 }
 
+// ---- CIE-weighted integrals on a range record ------------------------------
+
+// A colour-matching table at a wavelength: linear between its samples, 0
+// outside its range (bounds inclusive).
+double table_weight(const cie::Table& table, float wavelength)
+{
+    const std::span<const float> t = table.values;
+    const double pos = (static_cast<double>(wavelength) - table.range.start) / table.range.step;
+    const auto last = static_cast<double>(t.size() - 1);
+    if (!(pos >= 0.0 && pos <= last)) return 0.0;
+    const auto k = static_cast<std::size_t>(pos);
+    if (k + 1 >= t.size()) return t.back();
+    const double f = pos - static_cast<double>(k);
+    return t[k] + f * (static_cast<double>(t[k + 1]) - t[k]);
+}
+
+float integrate_cie(const float* y, const typ_wlinfo* range, int selector, bool rectified)
+{
+    if (selector < 0 || selector > 5) return 0.0f;  // the six observer tables
+    const std::size_t m = numerics::grid_points(y, range);
+    if (m < 2) return 0.0f;
+    const cie::Table table = cie::table(selector);
+    const typ_wlinfo grid = *range;
+    return static_cast<float>(numerics::trapezoid(m, grid.step, rectified, [&](std::size_t i) {
+        return static_cast<double>(y[i]) * table_weight(table, numerics::grid_wavelength(grid, i));
+    }));
+}
+
 }  // namespace
 }  // namespace qomath::tristimulus
 
@@ -262,6 +291,16 @@ int GetCIEDataTristimulus(int selector, float* xyz)
             wavelengths[i] = range.start + static_cast<float>(i) * range.step;
         return spectrum_components(wavelengths.data(), values.data(), n, kObserver1931, xyz);
     });
+}
+
+float Integrate_CIE(const float* y, const typ_wlinfo* range, int selector)
+{
+    return qomath::tristimulus::integrate_cie(y, range, selector, false);
+}
+
+float IntegrateAbsolute_CIE(const float* y, const typ_wlinfo* range, int selector)
+{
+    return qomath::tristimulus::integrate_cie(y, range, selector, true);
 }
 
 }  // extern "C"

@@ -6,10 +6,11 @@
 
 #include "common/barrier.hpp"
 #include "files/spectral_file.hpp"
-#include "files/text_io.hpp"
+#include "common/text_io.hpp"
 #include "qomath/units.h"
 
 namespace qomath::files {
+using namespace qomath::text;
 namespace {
 
 using qomath::detail::guarded;

@@ -12,14 +12,14 @@
 #include <system_error>
 
 #include "common/barrier.hpp"
-#include "files/text_io.hpp"
+#include "common/text_io.hpp"
 #include "qomath/units.h"
 
 using qomath::detail::guarded;
-using qomath::files::LineReader;
-using qomath::files::parse_double;
-using qomath::files::parse_int;
-using qomath::files::ReplacingFile;
+using qomath::text::LineReader;
+using qomath::text::parse_double;
+using qomath::text::parse_int;
+using qomath::text::ReplacingFile;
 
 namespace {
 

@@ -8,10 +8,11 @@
 #include <cstdarg>
 #include <cstring>
 
-#include "files/text_io.hpp"
+#include "common/text_io.hpp"
 #include "qomath/grid.h"
 
 namespace qomath::files {
+using namespace qomath::text;
 
 void copy_info_line(char* slot, const char* line, InfoCopy mode)
 {

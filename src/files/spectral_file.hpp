@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <string>
 
+#include "common/text_io.hpp"
 #include "qomath/spectral_file.h"
 
 namespace qomath::files {
@@ -74,9 +75,8 @@ private:
     std::string text_;
 };
 
-class ReplacingFile;
 // Writes the text into a file opened with ReplacingFile and puts it in
 // place: 1, or -1 when anything fails (the target is then left as it was).
-int commit_text(ReplacingFile& file, const TextOut& text);
+int commit_text(text::ReplacingFile& file, const TextOut& text);
 
 }  // namespace qomath::files

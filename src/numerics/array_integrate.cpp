@@ -1,71 +1,17 @@
-// Trapezoidal integration on evenly spaced samples, CIE-weighted integrals
-// and centroids.
+// Trapezoidal integration on evenly spaced samples and centroids.
 #include <cmath>
 #include <cstddef>
 #include <optional>
-#include <span>
 
-#include "colorimetry/cie_tables.hpp"
+#include "numerics/trapezoid.hpp"
 #include "qomath/arrays.h"
 #include "qomath/grid.h"
 
 namespace {
 
-// Trapezoid rule over the samples value(0..m-1), m >= 2, spaced by step, in
-// double. With `rectified` each trapezoid counts by its absolute value.
-template <class Value>
-double trapezoid(std::size_t m, double step, bool rectified, Value value)
-{
-    double sum = 0.0;
-    double previous = value(0);
-    for (std::size_t i = 1; i < m; ++i) {
-        const double current = value(i);
-        const double pair = previous + current;
-        sum += (rectified ? std::fabs(pair) : pair) * 0.5;
-        previous = current;
-    }
-    return step * sum;
-}
-
-// Wavelength of point i of a range record, in float as everywhere on grids.
-float grid_wavelength(const typ_wlinfo& range, std::size_t i)
-{
-    return range.start + static_cast<float>(i) * range.step;
-}
-
-// Points of a usable record with a value array, else 0.
-std::size_t grid_points(const float* y, const typ_wlinfo* range)
-{
-    if (!y || !range) return 0;
-    const int m = WLNumPts(range);
-    return m > 0 ? static_cast<std::size_t>(m) : 0;
-}
-
-// A colour-matching table at a wavelength: linear between its samples, 0
-// outside its range (bounds inclusive).
-double table_weight(const qomath::cie::Table& table, float wavelength)
-{
-    const std::span<const float> t = table.values;
-    const double pos = (static_cast<double>(wavelength) - table.range.start) / table.range.step;
-    const auto last = static_cast<double>(t.size() - 1);
-    if (!(pos >= 0.0 && pos <= last)) return 0.0;
-    const auto k = static_cast<std::size_t>(pos);
-    if (k + 1 >= t.size()) return t.back();
-    const double f = pos - static_cast<double>(k);
-    return t[k] + f * (static_cast<double>(t[k + 1]) - t[k]);
-}
-
-float integrate_cie(const float* y, const typ_wlinfo* range, int selector, bool rectified)
-{
-    if (selector < 0 || selector > 5) return 0.0f;  // the six observer tables
-    const std::size_t m = grid_points(y, range);
-    if (m < 2) return 0.0f;
-    const qomath::cie::Table table = qomath::cie::table(selector);
-    const typ_wlinfo grid = *range;
-    return static_cast<float>(trapezoid(m, grid.step, rectified, [&](std::size_t i) {
-        return static_cast<double>(y[i]) * table_weight(table, grid_wavelength(grid, i));
-    }));
-}
+using qomath::numerics::grid_points;
+using qomath::numerics::grid_wavelength;
+using qomath::numerics::trapezoid;
 
 // Sums of the weights and of position times weight, in double.
 struct WeightSums {
@@ -142,16 +88,6 @@ float IntegrateKW(const float* y, const typ_wlinfo* range)
     const std::size_t m = grid_points(y, range);
     if (m < 2) return 0.0f;
     return static_cast<float>(trapezoid(m, range->step, false, samples_of(y)));
-}
-
-float Integrate_CIE(const float* y, const typ_wlinfo* range, int selector)
-{
-    return integrate_cie(y, range, selector, false);
-}
-
-float IntegrateAbsolute_CIE(const float* y, const typ_wlinfo* range, int selector)
-{
-    return integrate_cie(y, range, selector, true);
 }
 
 // ---- Centroids ------------------------------------------------------------------

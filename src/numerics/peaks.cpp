@@ -6,11 +6,8 @@
 
 #include "common/barrier.hpp"
 #include "qomath/arrays.h"
-#include "qomath/chromaticity.h"
-#include "qomath/dominant.h"
 #include "qomath/grid.h"
 #include "qomath/polyfit.h"
-#include "qomath/tristimulus.h"
 
 using qomath::detail::guarded;
 
@@ -62,12 +59,6 @@ int outside(float* left, float* right)
     return QOMATH_LINEWIDTH_OUTSIDE;
 }
 
-constexpr double kWhites[4][2] = {
-    {1.0 / 3.0, 1.0 / 3.0},   // equal energy
-    {0.31271, 0.32902},       // D65
-    {0.44757, 0.40745},       // A
-    {0.31006, 0.31616},       // C
-};
 
 }  // namespace
 
@@ -207,21 +198,6 @@ int EdgeOrSlit(float* y, int n)
     if (changes == 2 && !first_high && !last_high) return QOMATH_SHAPE_SLIT;
     if (changes == 1) return first_high ? QOMATH_SHAPE_FALLING_EDGE : QOMATH_SHAPE_RISING_EDGE;
     return QOMATH_SHAPE_NEITHER;
-}
-
-float ComputeDominantWLoptions(float* x, float* y, int n, int option)
-{
-    if (!x || !y || option < 0 || option > 3) return 0.0f;
-    float XYZ[3] = {0.0f, 0.0f, 0.0f};
-    if (CalcTristimulusXYZ1931_2(x, y, n, XYZ) != 1) return 0.0f;
-    float xyz[3] = {0.0f, 0.0f, 0.0f};
-    if (TristimulusXYZTOCIE1931xyz(XYZ, xyz) != 1) return 0.0f;
-    float sample[2] = {xyz[0], xyz[1]};
-    float white[2] = {static_cast<float>(kWhites[option][0]), static_cast<float>(kWhites[option][1])};
-    float locus[3] = {0.0f, 0.0f, 0.0f};
-    float wavelength = 0.0f;
-    if (DominantWavelength2(sample, white, locus, &wavelength) != QOMATH_DOMINANT_FOUND) return 0.0f;
-    return wavelength;
 }
 
 int PeakWlAllCalculations(float* x, float* y, int n, typ_peakresults* out)

@@ -364,7 +364,8 @@ TEST(Analyze, ManyFilesInInputOrder)
         char name[32];
         std::snprintf(name, sizeof name, "f%03d.txt", 39 - i);
         fs::copy_file(i % 2 ? src : kExamples + "/illuminant_A_v1.txt", tmp / name);
-        args += " " + tmp / name;
+        args += ' ';
+        args += tmp / name;
     }
     const Outcome r = qomath("analyze --csv" + args, false);
     ASSERT_EQ(r.status, 0);

@@ -60,7 +60,8 @@ TEST(Cli, TablesAgreeWithTheLibrary)
         for (int i = 0; i < WLNumPts(&range); ++i) sum += v[static_cast<size_t>(i)];
         const double printed = std::strtod(line.substr(line.rfind(' ')).c_str(), nullptr);
         EXPECT_NEAR(printed, sum, 1e-6 * sum) << line;
-        EXPECT_NE(line.find(" " + std::to_string(WLNumPts(&range)) + " "), std::string::npos) << line;
+        const std::string count = ' ' + std::to_string(WLNumPts(&range)) + ' ';
+        EXPECT_NE(line.find(count), std::string::npos) << line;
         ++rows;
     }
     EXPECT_EQ(rows, 11);

@@ -90,6 +90,15 @@ TEST(DominantWavelength, SpectralColoursGiveTheirOwnWavelength)
     EXPECT_TRUE(f555.status == 1 && std::fabs(f555.nm - 555) < 0.1) << f555.nm;
     for (const Fn fn : {DominantWavelength, DominantWavelengthExtended})
         EXPECT_EQ(dominant({0.35f, 0.2f}, kD65, fn).nm, dominant({0.35f, 0.2f}, kD65).nm);
+
+    // From a spectrum: a narrow green line at 550 nm, seen from E.
+    std::vector<float> wl(401), green(401);
+    for (int i = 0; i < 401; ++i) {
+        wl[i] = 380.0f + static_cast<float>(i);
+        green[i] = static_cast<float>(std::exp(-0.5 * std::pow((wl[i] - 550.0) / 2.0, 2)));
+    }
+    EXPECT_NEAR(ComputeDominantWLoptions(wl.data(), green.data(), 401, 0), 550.0, 0.2);
+    EXPECT_EQ(ComputeDominantWLoptions(wl.data(), green.data(), 401, 4), 0.0f);
 }
 
 TEST(DominantWavelength, MixturesOfSpectralLightAndWhite)

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "qomath/cie_tables.h"
+#include "qomath/grid.h"
 #include "qomath/interpolation.h"
 #include "qomath/tristimulus.h"
 
@@ -209,6 +210,37 @@ TEST(Tristimulus, CieDataTakenAsSpectra)
     EXPECT_TRUE(GetCIEDataTristimulus(11, xyz) == -1 && GetCIEDataTristimulus(-1, xyz) == -1 &&
                 GetCIEDataTristimulus(1, nullptr) == -1);
     EXPECT_EQ(xyz[0], 4.0f);  // untouched
+}
+
+TEST(Tristimulus, CieWeightedIntegralsOnRangeRecords)
+{
+    // A flat spectrum on the tables' own grid integrates y-bar itself.
+    const Spectrum ybar = cie(1);
+    const typ_wlinfo table = {360.0f, 830.0f, 1.0f};
+    const int n = ybar.n();
+    const Vec flat(ybar.wl.size(), 1.0f);
+    const float y_area = Integrate_CIE(flat.data(), &table, 1);
+    EXPECT_NEAR(y_area, IntegrationDiscrete(ybar.wl.data(), ybar.v.data(), n), 1e-3f);
+    EXPECT_NEAR(IntegrateAbsolute_CIE(flat.data(), &table, 1), y_area, 1e-4f);
+
+    // The same flat spectrum at 5 nm samples the table at those wavelengths;
+    // a 0.5 nm grid interpolates between them. Both land close to 1 nm.
+    // Nothing counts outside 360..830 nm.
+    const typ_wlinfo coarse = {300.0f, 900.0f, 5.0f}, fine = {360.0f, 830.0f, 0.5f};
+    const typ_wlinfo uv = {300.0f, 359.0f, 1.0f};
+    const Vec ones(2000, 1.0f);
+    EXPECT_NEAR(Integrate_CIE(ones.data(), &coarse, 1), y_area, 0.05f);
+    EXPECT_NEAR(Integrate_CIE(ones.data(), &fine, 1), y_area, 0.05f);
+    EXPECT_EQ(Integrate_CIE(ones.data(), &uv, 0), 0.0f);
+
+    // Sign: a negated spectrum negates the integral, the rectified one does not.
+    const Vec neg(n, -2.0f);
+    const float z_area = Integrate_CIE(flat.data(), &table, 2);
+    EXPECT_NEAR(Integrate_CIE(neg.data(), &table, 2), -2.0f * z_area, 1e-3f);
+    EXPECT_NEAR(IntegrateAbsolute_CIE(neg.data(), &table, 2), 2.0f * z_area, 1e-3f);
+    EXPECT_TRUE(Integrate_CIE(flat.data(), &table, 6) == 0.0f &&
+                Integrate_CIE(flat.data(), &table, -1) == 0.0f);
+    EXPECT_EQ(IntegrateAbsolute_CIE(nullptr, &table, 1), 0.0f);
 }
 
 }  // namespace

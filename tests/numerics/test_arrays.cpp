@@ -10,7 +10,6 @@
 #include <vector>
 
 #include "qomath/arrays.h"
-#include "qomath/cie_tables.h"
 #include "qomath/grid.h"
 
 namespace {
@@ -197,39 +196,6 @@ TEST(ArrayIntegrate, TrapezoidVariants)
     const typ_wlinfo bad = {500.0f, 400.0f, 1.0f}, single = {400.0f, 400.0f, 1.0f};
     EXPECT_TRUE(IntegrateKW(y.data(), &bad) == 0.0f && IntegrateKW(y.data(), &single) == 0.0f);
     EXPECT_TRUE(IntegrateKW(nullptr, &range) == 0.0f && IntegrateKW(y.data(), nullptr) == 0.0f);
-}
-
-TEST(ArrayIntegrate, CieWeightedIntegrals)
-{
-    // A flat spectrum on the tables' own grid integrates y-bar itself.
-    float ybar[QOMATH_CIE_MAX_POINTS];
-    typ_wlinfo cie;
-    ASSERT_EQ(GetCIEData(1, ybar, &cie), 1);
-    const Vec wl = points(cie);
-    const int n = static_cast<int>(wl.size());
-    const Vec flat(n, 1.0f);
-    const float y_area = Integrate_CIE(flat.data(), &cie, 1);
-    EXPECT_NEAR(y_area, IntegrationDiscrete(wl.data(), ybar, n), 1e-3f);
-    EXPECT_NEAR(IntegrateAbsolute_CIE(flat.data(), &cie, 1), y_area, 1e-4f);
-
-    // The same flat spectrum at 5 nm samples the table at those wavelengths;
-    // a 0.5 nm grid interpolates between them. Both land close to 1 nm.
-    // Nothing counts outside 360..830 nm.
-    const typ_wlinfo coarse = {300.0f, 900.0f, 5.0f}, fine = {360.0f, 830.0f, 0.5f};
-    const typ_wlinfo uv = {300.0f, 359.0f, 1.0f};
-    const Vec ones(2000, 1.0f);
-    EXPECT_NEAR(Integrate_CIE(ones.data(), &coarse, 1), y_area, 0.05f);
-    EXPECT_NEAR(Integrate_CIE(ones.data(), &fine, 1), y_area, 0.05f);
-    EXPECT_EQ(Integrate_CIE(ones.data(), &uv, 0), 0.0f);
-
-    // Sign: a negated spectrum negates the integral, the rectified one does not.
-    const Vec neg(n, -2.0f);
-    const float z_area = Integrate_CIE(flat.data(), &cie, 2);
-    EXPECT_NEAR(Integrate_CIE(neg.data(), &cie, 2), -2.0f * z_area, 1e-3f);
-    EXPECT_NEAR(IntegrateAbsolute_CIE(neg.data(), &cie, 2), 2.0f * z_area, 1e-3f);
-    EXPECT_TRUE(Integrate_CIE(flat.data(), &cie, 6) == 0.0f &&
-                Integrate_CIE(flat.data(), &cie, -1) == 0.0f);
-    EXPECT_EQ(IntegrateAbsolute_CIE(nullptr, &cie, 1), 0.0f);
 }
 
 TEST(ArrayIntegrate, Centroids)

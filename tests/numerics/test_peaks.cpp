@@ -189,11 +189,6 @@ TEST(PeakWavelengthClass, GaussianLine)
     EXPECT_EQ(EdgeOrSlit(step.data(), 9), QOMATH_SHAPE_TOO_FEW);
     step[3] = kNaN;
     EXPECT_EQ(EdgeOrSlit(step.data(), 20), QOMATH_SHAPE_FLAT);
-
-    std::vector<float> x5 = grid(401, 380.0, 1.0);
-    std::vector<float> green = gaussian_line(401, 380.0, 1.0, 550.0, 2.0, 1.0, 0.0);
-    EXPECT_NEAR(ComputeDominantWLoptions(x5.data(), green.data(), 401, 0), 550.0, 0.2);
-    EXPECT_EQ(ComputeDominantWLoptions(x5.data(), green.data(), 401, 4), 0.0f);
 }
 
 TEST(PeakWavelengthClass, HostileInput)

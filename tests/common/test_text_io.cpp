@@ -9,13 +9,13 @@
 
 #include <unistd.h>
 
-#include "files/text_io.hpp"
+#include "common/text_io.hpp"
 
 namespace {
 
 namespace fs = std::filesystem;
-using qomath::files::LineReader;
-using qomath::files::ReplacingFile;
+using qomath::text::LineReader;
+using qomath::text::ReplacingFile;
 
 fs::path scratch(const std::string& name)
 {
@@ -41,7 +41,7 @@ TEST(TextIo, LineReadsAreBoundedAndKeepCarriageReturns)
     put(p, std::string(254, 'a') + "\n" + std::string(255, 'b') + "\nnext\n");
     {
         LineReader r(p.c_str());
-        char buf[qomath::files::kLineBuffer];
+        char buf[qomath::text::kLineBuffer];
         ASSERT_TRUE(r.read(buf, sizeof buf));
         EXPECT_EQ(std::string(buf), std::string(254, 'a'));
         EXPECT_FALSE(r.read(buf, sizeof buf));  // 255 characters do not fit
@@ -63,7 +63,7 @@ TEST(TextIo, LineReadsAreBoundedAndKeepCarriageReturns)
     put(p, std::string(49, 'u') + "\n" + std::string(50, 'u') + "\n");
     {
         LineReader r(p.c_str());
-        char unit[qomath::files::kUnitBuffer];
+        char unit[qomath::text::kUnitBuffer];
         EXPECT_TRUE(r.read(unit, sizeof unit));
         EXPECT_FALSE(r.read(unit, sizeof unit));
     }
@@ -72,8 +72,8 @@ TEST(TextIo, LineReadsAreBoundedAndKeepCarriageReturns)
     EXPECT_FALSE(LineReader(nullptr).is_open());
 
     for (std::size_t n : {1u, 2u, 512u, 513u})  // names of 2 to 512 characters
-        EXPECT_EQ(qomath::files::name_length_ok(std::string(n, 'x').c_str()), n == 2 || n == 512) << n;
-    EXPECT_FALSE(qomath::files::name_length_ok(nullptr));
+        EXPECT_EQ(qomath::text::name_length_ok(std::string(n, 'x').c_str()), n == 2 || n == 512) << n;
+    EXPECT_FALSE(qomath::text::name_length_ok(nullptr));
     fs::remove_all(p.parent_path());
 }
 
@@ -82,13 +82,13 @@ TEST(TextIo, NumbersParseAsAtofDoes)
     for (const char* s : {"380.00000000", "  1.23456789e+02\r", "-4.5e-3,7", "+12.5", "1e400",
                           "-1e400", "1e-320", "0x1p3", "inf", "-nan", "abc", "", "\t7", "+-1",
                           ".5", "5.", "1,2", "3 [Averages]", "2.0 [Quarvel Optronic Spectral File]"}) {
-        const double want = std::atof(s), got = qomath::files::parse_double(s);
+        const double want = std::atof(s), got = qomath::text::parse_double(s);
         if (std::isnan(want))
             EXPECT_TRUE(std::isnan(got)) << s;
         else
             EXPECT_EQ(got, want) << '"' << s << '"';
     }
-    EXPECT_EQ(qomath::files::parse_int(" 42\r"), 42);
+    EXPECT_EQ(qomath::text::parse_int(" 42\r"), 42);
 }
 
 TEST(TextIo, ReplacingFileLeavesTheTargetAloneUntilCommitted)

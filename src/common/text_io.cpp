@@ -1,4 +1,4 @@
-#include "files/text_io.hpp"
+#include "common/text_io.hpp"
 
 #include <atomic>
 #include <charconv>
@@ -15,7 +15,7 @@
 #define QOMATH_GETPID getpid
 #endif
 
-namespace qomath::files {
+namespace qomath::text {
 
 bool name_length_ok(const char* name)
 {
@@ -114,4 +114,4 @@ int parse_int(const char* s)
     return std::atoi(s);
 }
 
-}  // namespace qomath::files
+}  // namespace qomath::text

@@ -7,7 +7,7 @@
 #include <fstream>
 #include <string>
 
-namespace qomath::files {
+namespace qomath::text {
 
 // Buffer sizes of the line reads: a line holds at most kLineBuffer - 1
 // characters before its LF, a unit line at most kUnitBuffer - 1.
@@ -67,4 +67,4 @@ private:
 double parse_double(const char* s);
 int parse_int(const char* s);
 
-}  // namespace qomath::files
+}  // namespace qomath::text
