@@ -1,6 +1,8 @@
 #include "analysis.hpp"
 
+#include <algorithm>
 #include <cctype>
+#include <iterator>
 #include <string>
 
 namespace qomath::cli {
@@ -61,15 +63,20 @@ std::mutex& calculation_lock()
     return m;
 }
 
-void calculate(const Spectrum& s, const CalcOptions& opt, Calculation& out)
+void calculate(Calculator& calc, const Spectrum& s, const CalcOptions& opt, Calculation& out)
 {
     const int n = static_cast<int>(s.values.size());
     const float first = s.wavelengths.empty() ? 0.0f : s.wavelengths.front();
     const float last = s.wavelengths.empty() ? 0.0f : s.wavelengths.back();
+    const colorimetry::Context& ctx = opt.compat ? colorimetry::compatible_context() : calc.context;
+    std::fill(std::begin(out.cc), std::end(out.cc), 0.0f);
+    std::fill(std::begin(out.rc), std::end(out.rc), 0.0f);
     const std::lock_guard<std::mutex> hold(calculation_lock());
-    out.cc_status = ColorimetricCalc(s.wavelengths.data(), s.values.data(), n, s.unit_code,
-                                     opt.white, opt.illuminant, out.cc);
-    out.rc_status = RadiometryCalc(s.wavelengths.data(), s.values.data(), n, first, last, out.rc);
+    out.cc_status = summary::colorimetric(ctx, s.wavelengths.data(), s.values.data(), n,
+                                          s.unit_code, opt.white, opt.illuminant, out.cc,
+                                          &out.object);
+    out.rc_status = summary::radiometric(ctx, s.wavelengths.data(), s.values.data(), n, first,
+                                         last, out.rc);
 }
 
 const char* colorimetry_status_meaning(int status)

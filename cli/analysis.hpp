@@ -7,6 +7,9 @@
 
 #include <qomath/qomath.h>
 
+#include "colorimetry/context.hpp"
+#include "colorimetry/summary.hpp"
+#include "numerics/interpolation.hpp"
 #include "spectrum_io.hpp"
 
 namespace qomath::cli {
@@ -14,6 +17,10 @@ namespace qomath::cli {
 struct CalcOptions {
     int white = QOMATH_WHITE_E;  // white point of the dominant wavelength
     int illuminant = 1;          // 1 D65, 2 A, 3 C: for transmittance and reflectance
+    // false: every figure on the data's own sampling (the program's default);
+    // true: exactly the numbers of the C functions ColorimetricCalc and
+    // RadiometryCalc, grid rules and all.
+    bool compat = false;
 };
 
 // Parses "E", "D65", "A", "C" (any case) into a QOMATH_WHITE_* code; -1 if none.
@@ -28,14 +35,25 @@ struct Calculation {
     float cc[QOMATH_CC_COUNT] = {};
     int rc_status = 0;
     float rc[QOMATH_RC_COUNT] = {};
+    summary::ObjectColour object;  // transmittance and reflectance, data sampling only
 };
 
-// The library keeps process-wide state on the way through the colorimetry
-// (the interpolation cache), so every calculation takes this lock.
+// One per worker thread: the calculation context on the data's sampling
+// with its own interpolation cache.
+struct Calculator {
+    numerics::Interpolate2State cache;
+    colorimetry::Context context{colorimetry::Sampling::data, &cache};
+};
+
+// The colour rendering index and the compatible context still go through
+// the library's process-wide interpolation cache: the calculations hold
+// this lock.
 std::mutex& calculation_lock();
 
-// ColorimetricCalc and RadiometryCalc of s, under calculation_lock().
-void calculate(const Spectrum& s, const CalcOptions& opt, Calculation& out);
+// The colorimetric and radiometric summaries of s (the C++ layer of
+// ColorimetricCalc and RadiometryCalc) on the calculator's context, or on the
+// compatible one with opt.compat.
+void calculate(Calculator& calc, const Spectrum& s, const CalcOptions& opt, Calculation& out);
 
 // What a ColorimetricCalc status means.
 const char* colorimetry_status_meaning(int status);

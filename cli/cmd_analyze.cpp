@@ -1,7 +1,7 @@
 // qomath analyze: every colorimetric, photometric and radiometric figure of
-// spectral files, as a text report, CSV or JSON. Files are read and parsed in
-// parallel; the library calculations run one at a time (see analysis.hpp);
-// results come out in input order.
+// spectral files and two-column text, as a text report, CSV or JSON. Files
+// are read, parsed and calculated in parallel, each worker with its own
+// calculation context (see analysis.hpp); results come out in input order.
 #include <unistd.h>
 
 #include <algorithm>
@@ -19,6 +19,7 @@
 
 #include "analysis.hpp"
 #include "command.hpp"
+#include "output.hpp"
 #include "spectrum_io.hpp"
 #include "text.hpp"
 
@@ -30,6 +31,8 @@ enum class Format { text, csv, json };
 struct Options {
     Format format = Format::text;
     int observer = 2;
+    int plain_unit = -1;  // --unit, for plain two-column text
+    std::string output;   // -o; empty: standard output
     CalcOptions calc;
 };
 
@@ -94,7 +97,7 @@ std::vector<Field> fields_of(const std::string& path, const Spectrum& s, const C
     const float* r = c.cc;
     const bool ten = opt.observer == 10;
     put_text(f, "file", path);
-    put(f, "version", static_cast<double>(s.version));
+    put_if(f, "version", !s.plain, static_cast<double>(s.version));
     put_text(f, "header", cp1252_to_utf8(s.header));
     put_text(f, "unit", cp1252_to_utf8(s.unit));
     put(f, "unit_code", s.unit_code);
@@ -102,6 +105,7 @@ std::vector<Field> fields_of(const std::string& path, const Spectrum& s, const C
     put(f, "wl_first_nm", s.wavelengths.empty() ? 0.0 : static_cast<double>(s.wavelengths.front()));
     put(f, "wl_last_nm", s.wavelengths.empty() ? 0.0 : static_cast<double>(s.wavelengths.back()));
     put(f, "observer", opt.observer);
+    put_text(f, "calculation", opt.calc.compat ? "compat" : "data");
     put_if(f, "x", cc, r[ten ? QOMATH_CC_x10 : QOMATH_CC_x]);
     put_if(f, "y", cc, r[ten ? QOMATH_CC_y10 : QOMATH_CC_y]);
     put_if(f, "u_prime", cc, r[ten ? QOMATH_CC_UP10 : QOMATH_CC_UP]);
@@ -129,6 +133,10 @@ std::vector<Field> fields_of(const std::string& path, const Spectrum& s, const C
         put_text(f, "dominant_kind", kind > 0 ? "dominant" : "complementary");
     else
         put_none(f, "dominant_kind");
+    const bool object = cc && c.object.valid;
+    put_if(f, "l_star", object, c.object.lab[0]);
+    put_if(f, "a_star", object, c.object.lab[1]);
+    put_if(f, "b_star", object, c.object.lab[2]);
     put_if(f, "excitation_purity", cc, r[QOMATH_CC_EXCITATION_PURITY]);
     put_if(f, "colorimetric_purity", cc, r[QOMATH_CC_COLORIMETRIC_PURITY]);
     put_text(f, "white_point", white_name(opt.calc.white));
@@ -261,9 +269,12 @@ std::string text_report(const std::vector<Field>& f, const Spectrum& s, const Ca
     o += "== " + printable(find(f, "file")->str) + "\n";
     line("header", printable(cp1252_to_utf8(s.header)));
     line("unit", printable(cp1252_to_utf8(s.unit)) + " (code " + fmt(f, "unit_code", "%.0f") +
-                     "), file version " + fmt(f, "version", "%.1f"));
+                     (s.plain ? "), two-column text" : "), file version " + fmt(f, "version", "%.1f")));
     line("points", fmt(f, "points", "%.0f") + ", " + fmt(f, "wl_first_nm", "%g") + " .. " +
                        fmt(f, "wl_last_nm", "%g") + " nm");
+    line("calculation", opt.calc.compat
+                            ? "compat: the C functions ColorimetricCalc and RadiometryCalc"
+                            : "data: on the data's own sampling");
     for (std::size_t i = 0; i < s.info.size(); ++i)
         line(i == 0 ? "information" : "", printable(cp1252_to_utf8(s.info[i])));
     if (c.cc_status != 1) {
@@ -283,8 +294,13 @@ std::string text_report(const std::vector<Field>& f, const Spectrum& s, const Ca
             line("x, y (2 deg)", fmt(f, "cie1931_x", "%.5f") + "  " + fmt(f, "cie1931_y", "%.5f"));
         else
             line("x, y (10 deg)", fmt(f, "cie1964_x", "%.5f") + "  " + fmt(f, "cie1964_y", "%.5f"));
-        if (!is_emitter(s.unit_code))
-            line("seen under", std::string("illuminant ") + illuminant_name(opt.calc.illuminant));
+        if (!is_emitter(s.unit_code)) {
+            line("seen under", std::string("illuminant ") + illuminant_name(opt.calc.illuminant) +
+                                   (c.object.valid ? ", the perfect sample at Y = 100" : ""));
+            if (has(f, "l_star"))
+                line("L*, a*, b*", fmt(f, "l_star", "%.2f") + "  " + fmt(f, "a_star", "%.2f") +
+                                       "  " + fmt(f, "b_star", "%.2f"));
+        }
         line("CCT", has(f, "cct_k") ? fmt(f, "cct_k", "%.1f") + " K, Duv " + fmt(f, "duv", "%.5f")
                                     : std::string("-"));
         const std::string white = std::string(" (white ") + white_name(opt.calc.white) + ")";
@@ -333,25 +349,22 @@ std::string text_report(const std::vector<Field>& f, const Spectrum& s, const Ca
 // ---- the batch --------------------------------------------------------------
 
 struct Worker {
-    Records recs;
+    Calculator calculator;
     Spectrum s;
     Calculation calc;
 };
 
 void analyse(Item& it, Worker& w, const Options& opt)
 {
-    const int st = read_spectrum(it.path.c_str(), w.recs, w.s);
-    if (st != 1) {
+    if (!read_spectrum(it.path, opt.plain_unit, w.s, it.err)) {
         it.failed = true;
-        it.err = "qomath: " + printable(it.path) + ": cannot read (" +
-                 describe_read_failure(st, w.s.version) + ")\n";
         return;
     }
-    calculate(w.s, opt.calc, w.calc);
+    calculate(w.calculator, w.s, opt.calc, w.calc);
     if (w.calc.cc_status != 1)
-        it.err = "qomath: " + printable(it.path) + ": no colorimetry (status " +
-                 std::to_string(w.calc.cc_status) + ": " +
-                 colorimetry_status_meaning(w.calc.cc_status) + ")\n";
+        it.err += "qomath: " + display_name(it.path) + ": no colorimetry (status " +
+                  std::to_string(w.calc.cc_status) + ": " +
+                  colorimetry_status_meaning(w.calc.cc_status) + ")\n";
     const std::vector<Field> f = fields_of(it.path, w.s, w.calc, opt);
     switch (opt.format) {
     case Format::csv: it.out = csv_row(f); break;
@@ -368,7 +381,7 @@ std::vector<Item> expand(const std::vector<std::string>& args, std::vector<std::
     std::vector<Item> items;
     for (const std::string& a : args) {
         std::error_code ec;
-        if (!fs::is_directory(fs::path(a), ec)) {
+        if (a == "-" || !fs::is_directory(fs::path(a), ec)) {
             items.push_back({a, {}, {}, false});
             continue;
         }
@@ -392,7 +405,8 @@ std::vector<Item> expand(const std::vector<std::string>& args, std::vector<std::
 
 constexpr std::string_view kUsageLine =
     "usage: qomath analyze [--csv | --json] [--observer 2|10] [--white E|D65|A|C]\n"
-    "                      [--illuminant D65|A|C] FILE|FOLDER...\n";
+    "                      [--illuminant D65|A|C] [--unit UNIT] [--compat] [-o OUT]\n"
+    "                      FILE|FOLDER|-...\n";
 
 int usage_error(std::FILE* err, const std::string& what)
 {
@@ -420,7 +434,8 @@ int run_analyze(std::span<char* const> args, std::FILE* out, std::FILE* err)
         }
         std::string value;
         const bool takes_value = a.rfind("--observer", 0) == 0 || a.rfind("--white", 0) == 0 ||
-                                 a.rfind("--illuminant", 0) == 0;
+                                 a.rfind("--illuminant", 0) == 0 || a.rfind("--unit", 0) == 0 ||
+                                 a == "-o" || a.rfind("--output", 0) == 0;
         if (takes_value) {
             const auto eq = a.find('=');
             if (eq != std::string::npos) {
@@ -434,6 +449,17 @@ int run_analyze(std::span<char* const> args, std::FILE* out, std::FILE* err)
         }
         if (a == "--csv") {
             opt.format = Format::csv;
+        } else if (a == "--compat") {
+            opt.calc.compat = true;
+        } else if (a == "-o" || a == "--output") {
+            if (value.empty()) return usage_error(err, "-o needs a file name");
+            opt.output = value == "-" ? std::string() : value;
+        } else if (a == "--unit") {
+            opt.plain_unit = files::unit_code_of_name(value);
+            if (opt.plain_unit < 0)
+                return usage_error(err, "--unit takes counts, irradiance, radiant-intensity, "
+                                        "radiant-flux, radiance, transmittance or reflectance, "
+                                        "not '" + value + "'");
         } else if (a == "--json") {
             opt.format = Format::json;
         } else if (a == "--text") {
@@ -458,6 +484,14 @@ int run_analyze(std::span<char* const> args, std::FILE* out, std::FILE* err)
         }
     }
     if (paths.empty()) return usage_error(err, "no file given");
+    if (is_an_input(opt.output, paths))
+        return usage_error(err, "the output " + printable(opt.output) + " is one of the inputs");
+    Sink sink(out, opt.output);
+    if (!sink.file()) {
+        std::fputs(sink.open_failure().c_str(), err);
+        return kExitFailed;
+    }
+    out = sink.file();
 
     std::vector<std::string> list_errors;
     std::vector<Item> items = expand(paths, list_errors);
@@ -528,7 +562,7 @@ int run_analyze(std::span<char* const> args, std::FILE* out, std::FILE* err)
     if (progress) std::fputs("\r\033[K", err);
     if (opt.format == Format::json) std::fputs(first_object ? "]\n" : "\n]\n", out);
     for (std::thread& t : pool) t.join();
-    std::fflush(out);
+    if (!sink.finish(err)) failed = true;
     return failed ? kExitFailed : kExitOk;
 }
 

@@ -1,5 +1,7 @@
 // qomath convert: a spectral file of version 1.0 as 2.0 and back.
 #include <cmath>
+#include <cstdio>
+#include <memory>
 #include <cstring>
 #include <string>
 #include <vector>
@@ -7,11 +9,76 @@
 #include <qomath/qomath.h>
 
 #include "command.hpp"
+#include "output.hpp"
 #include "spectrum_io.hpp"
 #include "text.hpp"
 
 namespace qomath::cli {
 namespace {
+
+// The library's own records and readers: conversion keeps every field the
+// records hold, texts, grid and all.
+// A status of our own beside the reader's codes: a file of a version above
+// 2.0, which the library reads without its data.
+inline constexpr int kStatusUnsupportedVersion = -100;
+
+// The two records of the library, on the heap (they are large); reused from
+// one file to the next.
+struct Records {
+    std::unique_ptr<SpectralRecord1> v1{new SpectralRecord1()};
+    std::unique_ptr<SpectralRecord2> v2{new SpectralRecord2()};
+};
+
+int read_records(const char* path, Records& recs, float& version)
+{
+    version = 0.0f;
+    int st = ReadSpectralFileVersion(path, &version);
+    if (st != 1) return st;
+    if (version < 1.0f) return -5;
+    if (version < 2.0f) {
+        std::memset(recs.v1.get(), 0, sizeof(SpectralRecord1));
+        return ReadSpectralFile(path, recs.v1.get(), nullptr);
+    }
+    if (version != 2.0f) return kStatusUnsupportedVersion;
+    std::memset(recs.v2.get(), 0, sizeof(SpectralRecord2));
+    return ReadSpectralFile2(path, recs.v2.get(), nullptr);
+}
+
+const char* reader_status_meaning(int status)
+{
+    switch (status) {
+    case 1: return "success";
+    case -1: return "bad file name (length outside 2..512 characters)";
+    case -2: return "cannot open the file (missing, a folder, or no permission)";
+    case -3: return "empty file: no first line";
+    case -4: return "not a spectral file: the first line lacks the marker";
+    case -5: return "version too low";
+    case -6: return "no header line (missing, or 255 characters and more)";
+    case -7: return "no unit line (missing, or 50 characters and more)";
+    case -8: return "no information count line, or a count above 50";
+    case -9: return "an information line is missing, too long or empty";
+    case -10: return "the first line of the wavelength grid is missing";
+    case -11: return "the second line of the wavelength grid is missing";
+    case -12: return "the third line of the wavelength grid is missing";
+    case -13: return "the wavelength grid does not increase";
+    case -14: return "invalid wavelength grid (point count outside 2..4096)";
+    case -15: return "a data line is missing or too long";
+    case kStatusUnsupportedVersion: return "unsupported version";
+    default: return "unknown failure";
+    }
+}
+
+std::string describe_read_failure(int status, float version)
+{
+    char buf[200];
+    if (status == kStatusUnsupportedVersion)
+        std::snprintf(buf, sizeof buf, "version %g is not supported (1.x and 2.0 are)",
+                      static_cast<double>(version));
+    else
+        std::snprintf(buf, sizeof buf, "status %d: %s", status, reader_status_meaning(status));
+    return buf;
+}
+
 
 int usage_error(std::FILE* err, const std::string& what)
 {
@@ -73,6 +140,7 @@ int run_convert(std::span<char* const> args, std::FILE* /*out*/, std::FILE* err)
     if (to == 0) return usage_error(err, "say which version to write with --to 1 or --to 2");
     const std::string& in = files[0];
     const std::string& outName = files[1];
+    if (is_an_input(outName, {in})) return usage_error(err, "the output is the input file");
 
     Records recs;
     float version = 0.0f;

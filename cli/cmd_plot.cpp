@@ -15,6 +15,7 @@
 
 #include "analysis.hpp"
 #include "command.hpp"
+#include "output.hpp"
 #include "spectrum_io.hpp"
 #include "text.hpp"
 
@@ -229,24 +230,33 @@ int run_plot(std::span<char* const> args, std::FILE* /*out*/, std::FILE* err)
 {
     std::string in, outName;
     CalcOptions calc;
+    int plain_unit = -1;
     for (std::size_t i = 0; i < args.size(); ++i) {
         std::string a = args[i];
         std::string value;
-        const bool takes = a == "-o" || a == "--output" || a == "--white" || a == "--illuminant";
+        const bool takes = a == "-o" || a == "--output" || a == "--white" || a == "--illuminant" ||
+                           a == "--unit";
         if (takes) {
             if (i + 1 >= args.size()) return usage_error(err, "option '" + a + "' needs a value");
             value = args[++i];
         }
         if (a == "-o" || a == "--output") {
             outName = value;
+        } else if (a == "--unit") {
+            plain_unit = files::unit_code_of_name(value);
+            if (plain_unit < 0) return usage_error(err, "unknown unit '" + value + "'");
+        } else if (a == "--compat") {
+            calc.compat = true;
         } else if (a == "--white") {
             calc.white = parse_white(value);
             if (calc.white < 0) return usage_error(err, "--white takes E, D65, A or C");
         } else if (a == "--illuminant") {
             calc.illuminant = parse_illuminant(value);
             if (calc.illuminant < 0) return usage_error(err, "--illuminant takes D65, A or C");
-        } else if (a.size() > 1 && a[0] == '-') {
+        } else if (a.size() > 1 && a[0] == '-' && a != "--compat") {
             return usage_error(err, "unknown option '" + a + "'");
+        } else if (a == "--compat") {
+            calc.compat = true;
         } else if (in.empty()) {
             in = a;
         } else {
@@ -256,42 +266,35 @@ int run_plot(std::span<char* const> args, std::FILE* /*out*/, std::FILE* err)
     if (in.empty()) return usage_error(err, "no input file");
     if (outName.empty()) return usage_error(err, "no output file (-o OUT.svg)");
 
-    Records recs;
+    if (is_an_input(outName, {in})) return usage_error(err, "the output is the input file");
     Spectrum s;
-    const int st = read_spectrum(in.c_str(), recs, s);
-    if (st != 1) {
-        std::fprintf(err, "qomath: %s: cannot read (%s)\n", printable(in).c_str(),
-                     describe_read_failure(st, s.version).c_str());
-        return kExitFailed;
-    }
+    std::string messages;
+    const bool read = read_spectrum(in, plain_unit, s, messages);
+    std::fputs(messages.c_str(), err);
+    if (!read) return kExitFailed;
+    Calculator calculator;
     Calculation c;
-    calculate(s, calc, c);
+    calculate(calculator, s, calc, c);
     const bool has_sample = c.cc_status == 1;
     if (!has_sample)
-        std::fprintf(err, "qomath: %s: no colour point (status %d: %s)\n", printable(in).c_str(),
+        std::fprintf(err, "qomath: %s: no colour point (status %d: %s)\n", display_name(in).c_str(),
                      c.cc_status, colorimetry_status_meaning(c.cc_status));
 
     std::string svg = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
     svg += "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"" + label(kWidth) + "\" height=\"" +
            label(kHeight) + "\" viewBox=\"0 0 " + label(kWidth) + " " + label(kHeight) +
            "\" font-family=\"sans-serif\">\n";
-    svg += "<title>" + xml_escape(printable(in)) + "</title>\n";
+    svg += "<title>" + xml_escape(display_name(in)) + "</title>\n";
     svg += "<rect width=\"100%\" height=\"100%\" fill=\"#fff\"/>\n";
     spectrum_panel(svg, s);
     chart_panel(svg, has_sample, has_sample ? c.cc[QOMATH_CC_x] : 0.0,
                 has_sample ? c.cc[QOMATH_CC_y] : 0.0);
     svg += "</svg>\n";
 
-    std::FILE* f = std::fopen(outName.c_str(), "wb");
-    if (!f) {
-        std::fprintf(err, "qomath: %s: cannot create the file\n", printable(outName).c_str());
-        return kExitFailed;
-    }
-    const bool ok = std::fwrite(svg.data(), 1, svg.size(), f) == svg.size();
-    if (std::fclose(f) != 0 || !ok) {
-        std::fprintf(err, "qomath: %s: cannot write the file\n", printable(outName).c_str());
-        return kExitFailed;
-    }
+    // Written whole or not at all: a failed plot leaves an older picture as it was.
+    Sink sink(nullptr, outName);
+    if (sink.file()) std::fwrite(svg.data(), 1, svg.size(), sink.file());
+    if (!sink.finish(err)) return kExitFailed;
     return has_sample ? kExitOk : kExitFailed;
 }
 

@@ -139,7 +139,7 @@ inline std::string xml_escape(std::string_view utf8)
 
 // A number with up to `digits` significant digits, '.' as decimal point
 // (the program never changes the C locale); "" when not finite.
-inline std::string number(double v, int digits = 7)
+inline std::string number(double v, int digits = 9)
 {
     if (!std::isfinite(v)) return {};
     char buf[40];

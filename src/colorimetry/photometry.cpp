@@ -13,11 +13,13 @@
 #include <cmath>
 #include <cstddef>
 #include <cstring>
+#include <new>
 #include <span>
 #include <vector>
 
 #include "colorimetry/cie_tables.hpp"
 #include "colorimetry/photometry.hpp"
+#include "colorimetry/tristimulus.hpp"
 #include "common/barrier.hpp"
 #include "qomath/grid.h"
 #include "qomath/spectral_arith.h"
@@ -69,11 +71,21 @@ const YBar& ybar()
 }
 
 // 683 lm/W times the trapezoid integral of y-bar times the spectrum, in
-// float. The spectral product decides the common grid; its status is not
-// looked at: a failed product leaves the zeroed scratch, which integrates to
-// 0. May throw std::bad_alloc.
-float luminous_weighted(const float* wl, const float* values, int n)
+// float. On the data's sampling that integral is the tristimulus Y of the
+// same context, so a photometric value always agrees with the Y reported
+// beside it; a spectrum without Y (out of reach) has none. On the compatible
+// context the spectral product decides the common grid (the coarser of the
+// two steps, so a line narrower than 1 nm is undersampled there, as hosts'
+// stored values are); its status is not looked at: a failed product leaves
+// the zeroed scratch, which integrates to 0. May throw std::bad_alloc.
+float luminous_weighted(const colorimetry::Context& ctx, const float* wl, const float* values, int n)
 {
+    if (ctx.on_data()) {
+        float Y = 0.0f;
+        const int st = tristimulus::components(ctx, wl, values, n, tristimulus::Components::ybar1931, &Y);
+        if (st == -4) throw std::bad_alloc();
+        return st == 1 ? Y * kLumensPerWatt : 0.0f;
+    }
     const YBar& y = ybar();
     // The product needs room for the longer of the two spectra; sized so,
     // the common grid has no fixed cap on its points.
@@ -101,7 +113,8 @@ bool all_finite(std::span<const float> v)
 // The common frame of the four calculations. out has been cleared and is
 // not null. `scale` turns 683 * integral (float) into out's units.
 template <class Scale>
-int photometric(const float* wl, const float* values, int n, std::span<float> out, Scale scale)
+int photometric(const colorimetry::Context& ctx, const float* wl, const float* values, int n,
+                std::span<float> out, Scale scale)
 {
     if (!wl || !values || n < 5) return -1;
     // A NaN wavelength would end the common grid early and leave a partial
@@ -109,7 +122,7 @@ int photometric(const float* wl, const float* values, int n, std::span<float> ou
     const auto count = static_cast<std::size_t>(n);
     if (!all_finite({wl, count}) || !all_finite({values, count})) return -1;
     return guarded(-4, [&] {
-        scale(static_cast<double>(luminous_weighted(wl, values, n)), out);
+        scale(static_cast<double>(luminous_weighted(ctx, wl, values, n)), out);
         if (all_finite(out)) return 1;
         std::fill(out.begin(), out.end(), 0.0f);
         return -1;
@@ -158,10 +171,60 @@ int convert_all(const UnitTable<N>& table, float value, unsigned int from, float
     return 0;
 }
 
+// Unit factors from 683 * integral to each function's outputs.
+void to_illuminance(double weighted, std::span<float> o)
+{
+    const double lux = weighted / kMicroWattsPerCm2InWattsPerM2;
+    o[0] = static_cast<float>(lux * kFootCandlesPerLux);
+    o[1] = static_cast<float>(lux);
+    o[2] = static_cast<float>(lux * 0.0001);
+    o[3] = static_cast<float>(lux * 0.0001 * 1000);  // via phot
+}
+
+void to_luminance(double weighted, std::span<float> o)
+{
+    const auto nit = static_cast<float>(weighted / kMicroWattsPerCm2InWattsPerM2);
+    for (std::size_t k = 0; k < o.size(); ++k) o[k] = static_cast<float>(nit * kLuminanceTable[k][kNit]);
+}
+
+void to_intensity(double weighted, std::span<float> o)
+{
+    o[0] = static_cast<float>(weighted);  // W/sr: no further factor
+}
+
+void to_flux(double weighted, std::span<float> o)
+{
+    o[0] = static_cast<float>(weighted / kMicroWattsInWatts);
+}
+
 }  // namespace
+
+int photometric_value(const colorimetry::Context& ctx, int unit, const float* wl,
+                      const float* values, int n, float* value)
+{
+    std::array<float, kLuminanceUnits> all{};
+    int st = -1;
+    *value = 0.0f;
+    switch (unit) {
+    case 1:
+        st = photometric(ctx, wl, values, n, std::span(all.data(), kIlluminanceUnits), to_illuminance);
+        *value = all[1];  // lux
+        break;
+    case 2: st = photometric(ctx, wl, values, n, std::span(all.data(), 1), to_intensity); *value = all[0]; break;
+    case 3: st = photometric(ctx, wl, values, n, std::span(all.data(), 1), to_flux); *value = all[0]; break;
+    case 4:
+        st = photometric(ctx, wl, values, n, std::span(all.data(), kLuminanceUnits), to_luminance);
+        *value = all[kNit];
+        break;
+    default: break;
+    }
+    return st;
+}
+
 }  // namespace qomath::photometry
 
 using namespace qomath::photometry;
+using qomath::colorimetry::compatible_context;
 
 extern "C" {
 
@@ -170,14 +233,8 @@ int IlluminanceCalc(const float* wl, const float* irradiance, int n, float* out)
     if (out) std::fill_n(out, kIlluminanceUnits, 0.0f);
     if (!wl || !irradiance || n < 5) return -1;
     if (!out) return -2;
-    return photometric(wl, irradiance, n, std::span(out, kIlluminanceUnits),
-                       [](double weighted, std::span<float> o) {
-                           const double lux = weighted / kMicroWattsPerCm2InWattsPerM2;
-                           o[0] = static_cast<float>(lux * kFootCandlesPerLux);
-                           o[1] = static_cast<float>(lux);
-                           o[2] = static_cast<float>(lux * 0.0001);
-                           o[3] = static_cast<float>(lux * 0.0001 * 1000);  // via phot
-                       });
+    return photometric(compatible_context(), wl, irradiance, n, std::span(out, kIlluminanceUnits),
+                       to_illuminance);
 }
 
 int LuminanceCalc(const float* wl, const float* radiance, int n, float* out)
@@ -185,32 +242,22 @@ int LuminanceCalc(const float* wl, const float* radiance, int n, float* out)
     if (out) std::fill_n(out, kLuminanceUnits, 0.0f);
     if (!wl || !radiance || n < 5) return -1;
     if (!out) return -2;
-    return photometric(wl, radiance, n, std::span(out, kLuminanceUnits),
-                       [](double weighted, std::span<float> o) {
-                           const auto nit =
-                               static_cast<float>(weighted / kMicroWattsPerCm2InWattsPerM2);
-                           for (std::size_t k = 0; k < o.size(); ++k)
-                               o[k] = static_cast<float>(nit * kLuminanceTable[k][kNit]);
-                       });
+    return photometric(compatible_context(), wl, radiance, n, std::span(out, kLuminanceUnits),
+                       to_luminance);
 }
 
 int LuminousIntensityCalc(const float* wl, const float* intensity, int n, float* out)
 {
     if (!out) return -1;
     *out = 0.0f;
-    return photometric(wl, intensity, n, std::span(out, 1),
-                       [](double weighted, std::span<float> o) {
-                           o[0] = static_cast<float>(weighted);  // W/sr: no further factor
-                       });
+    return photometric(compatible_context(), wl, intensity, n, std::span(out, 1), to_intensity);
 }
 
 int LuminousFluxCalc(const float* wl, const float* flux, int n, float* out)
 {
     if (!out) return -1;
     *out = 0.0f;
-    return photometric(wl, flux, n, std::span(out, 1), [](double weighted, std::span<float> o) {
-        o[0] = static_cast<float>(weighted / kMicroWattsInWatts);
-    });
+    return photometric(compatible_context(), wl, flux, n, std::span(out, 1), to_flux);
 }
 
 int LuminanceUnitName(unsigned int unit, char* name)

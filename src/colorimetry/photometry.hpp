@@ -6,6 +6,8 @@
 #include <numbers>
 #include <string_view>
 
+#include "colorimetry/context.hpp"
+
 namespace qomath::photometry {
 
 inline constexpr std::size_t kLuminanceUnits = 8;
@@ -52,5 +54,15 @@ inline constexpr std::string_view kUndefinedName = "Undefined Name";
 // The bounds of the name copies (16 and 15 bytes).
 inline constexpr std::size_t kLuminanceNameSize = 16;
 inline constexpr std::size_t kIlluminanceNameSize = 15;
+
+// The photometric value of a spectrum of radiometric unit code `unit`
+// (1 irradiance in uW/cm^2/nm -> lux, 2 radiant intensity in W/sr/nm -> cd,
+// 3 radiant flux in uW/nm -> lm, 4 radiance in uW/cm^2/sr/nm -> cd/m^2):
+// 683 lm/W times the luminous integral times the unit's factor, as
+// IlluminanceCalc, LuminousIntensityCalc, LuminousFluxCalc and
+// LuminanceCalc give it on ctx. Returns their status (1; -1 bad input or a
+// result that is not finite; -4 memory); *value is 0 unless 1.
+int photometric_value(const colorimetry::Context& ctx, int unit, const float* wl,
+                      const float* values, int n, float* value);
 
 }  // namespace qomath::photometry

@@ -10,6 +10,8 @@
 // arrays with WavelengthCreateArray and handed to the array form.
 #include "qomath/summary.h"
 
+#include "colorimetry/summary.hpp"
+
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -17,6 +19,8 @@
 #include <span>
 #include <vector>
 
+#include "colorimetry/photometry.hpp"
+#include "colorimetry/tristimulus.hpp"
 #include "common/barrier.hpp"
 #include "qomath/arrays.h"
 #include "qomath/cct.h"
@@ -31,9 +35,11 @@
 #include "qomath/tristimulus.h"
 
 namespace qomath::summary {
-namespace {
 
+using colorimetry::Context;
 using qomath::detail::guarded;
+
+namespace {
 
 // Status codes of ColorimetricCalc (see summary.h).
 constexpr int kOk = 1;
@@ -164,25 +170,13 @@ int tristimulus_failure(int status)
     return status == -4 ? kNoMemory : kOutOfReach;
 }
 
-// The photometric value of the unit into *out. Returns 1 or a status of
-// ColorimetricCalc.
-int photometric(const float* wl, const float* v, int n, int unit, float* out)
+// The photometric value of the unit into *out (0 for units without one).
+// Returns 1 or a status of ColorimetricCalc.
+int photometric(const Context& ctx, const float* wl, const float* v, int n, int unit, float* out)
 {
-    std::array<float, QOMATH_LUMINANCE_UNITS> all{};
-    int st = 1;
-    switch (unit) {
-    case kIrradiance:
-        st = IlluminanceCalc(wl, v, n, all.data());
-        *out = all[1];  // lux
-        break;
-    case kRadiance:
-        st = LuminanceCalc(wl, v, n, all.data());
-        *out = all[0];  // nit
-        break;
-    case kRadiantIntensity: st = LuminousIntensityCalc(wl, v, n, out); break;
-    case kRadiantFlux: st = LuminousFluxCalc(wl, v, n, out); break;
-    default: *out = 0.0f; break;
-    }
+    *out = 0.0f;
+    if (unit < kIrradiance || unit > kRadiance) return kOk;
+    const int st = photometry::photometric_value(ctx, unit, wl, v, n, out);
     if (st == 1) return kOk;
     *out = 0.0f;
     // The input was checked: what is left is memory or an overflowing result.
@@ -229,15 +223,46 @@ int rendering(const float* wl, const float* v, int n, float cct, float* r)
     return kOk;
 }
 
+// The illuminant on the sample's own wavelengths (interpolated through ctx's
+// cache), 0 outside its table. Returns 1, or the interpolation's status.
+int illuminant_on(const Context& ctx, const Spectrum& spd, const float* wl, int n,
+                  std::vector<float>& out)
+{
+    out.assign(static_cast<std::size_t>(n), 0.0f);
+    const int st = numerics::interpolate2(ctx.cache(), spd.wl.data(), spd.v.data(), spd.n(), wl,
+                                          out.data(), n);
+    if (st != 1) return st;
+    for (int i = 0; i < n; ++i)
+        if (wl[i] < spd.wl.front() || wl[i] > spd.wl.back()) out[static_cast<std::size_t>(i)] = 0.0f;
+    return 1;
+}
+
 // Everything but the white point of an already validated spectrum.
-int colorimetry(const float* wl, const float* v, int n, int unit, int white, int illum, float* r)
+int colorimetry(const Context& ctx, const float* wl, const float* v, int n, int unit, int white,
+                int illum, float* r, ObjectColour* object)
 {
     const bool seen = unit == kTransmittance || unit == kReflectance;
     const float* cwl = wl;  // the spectrum whose colour is reported
     const float* cv = v;
     int cn = n;
     Spectrum product;
-    if (seen) {
+    std::array<float, 3> white_xyz{};  // the perfect sample, on the data's sampling
+    std::vector<float> lit;            // the illuminant on the data's wavelengths
+    if (seen && ctx.on_data()) {
+        if (illum != kIllumA && illum != kIllumC) illum = kIllumD65;
+        const int ist = illuminant_on(ctx, illuminant(illum).spd, wl, n, lit);
+        if (ist == -4) return kNoMemory;
+        if (ist != 1) return kOutOfReach;
+        const int wst = tristimulus::components(ctx, wl, lit.data(), n,
+                                                tristimulus::Components::xyz1931, white_xyz.data());
+        if (wst != 1) return tristimulus_failure(wst);
+        if (!(white_xyz[1] > 0.0f)) return kOutOfReach;
+        product.wl.assign(wl, wl + n);
+        product.v.resize(static_cast<std::size_t>(n));
+        for (std::size_t i = 0; i < product.v.size(); ++i) product.v[i] = v[i] * lit[i];
+        cwl = product.wl.data();
+        cv = product.v.data();
+    } else if (seen) {
         if (illum != kIllumA && illum != kIllumC) illum = kIllumD65;
         const Spectrum& spd = illuminant(illum).spd;
         const std::size_t room = static_cast<std::size_t>(std::max(n, spd.n()));
@@ -255,10 +280,29 @@ int colorimetry(const float* wl, const float* v, int n, int unit, int white, int
 
     std::array<float, 3> XYZ{};
     std::array<float, 3> XYZ10{};
-    int st = CalcTristimulusXYZ1931_2(cwl, cv, cn, XYZ.data());
+    int st = tristimulus::components(ctx, cwl, cv, cn, tristimulus::Components::xyz1931, XYZ.data());
     if (st != 1) return tristimulus_failure(st);
-    st = CalcTristimulusXYZ1964_2(cwl, cv, cn, XYZ10.data());
+    st = tristimulus::components(ctx, cwl, cv, cn, tristimulus::Components::xyz1964, XYZ10.data());
     if (st != 1) return tristimulus_failure(st);
+    if (seen && ctx.on_data()) {
+        // Object colour: the perfect sample under the illuminant has Y = 100
+        // and Y10 = 100, each observer scaled by its own white.
+        std::array<float, 3> white10{};
+        st = tristimulus::components(ctx, wl, lit.data(), n, tristimulus::Components::xyz1964,
+                                     white10.data());
+        if (st != 1 || !(white10[1] > 0.0f)) return tristimulus_failure(st);
+        const double k10 = 100.0 / white10[1];
+        for (float& c : XYZ10) c = static_cast<float>(c * k10);
+        const double k = 100.0 / white_xyz[1];
+        for (float& c : XYZ) c = static_cast<float>(c * k);
+        for (float& c : white_xyz) c = static_cast<float>(c * k);
+        if (object) {
+            std::copy(white_xyz.begin(), white_xyz.end(), object->white);
+            const std::array<float, 3> relative{XYZ[0] / 100.0f, XYZ[1] / 100.0f, XYZ[2] / 100.0f};
+            object->valid = CalculateCIE1976Lab(relative.data(), nullptr, white_xyz.data(), nullptr,
+                                                object->lab) == 1;
+        }
+    }
 
     std::array<float, 3> xyz{};
     std::array<float, 3> xyz10{};
@@ -306,7 +350,7 @@ int colorimetry(const float* wl, const float* v, int n, int unit, int white, int
         st = rendering(wl, v, n, r[QOMATH_CC_CCT], r);
         if (st != kOk) return st;
     }
-    st = photometric(wl, v, n, unit, r + QOMATH_CC_PHOTOMETRIC);
+    st = photometric(ctx, wl, v, n, unit, r + QOMATH_CC_PHOTOMETRIC);
     if (st != kOk) return st;
 
     r[QOMATH_CC_UNIT] = static_cast<float>(unit);
@@ -315,16 +359,26 @@ int colorimetry(const float* wl, const float* v, int n, int unit, int white, int
     return all_finite(std::span<const float>(r, QOMATH_CC_COUNT)) ? kOk : kNoColour;
 }
 
-int colorimetric_calc(const float* wl, const float* v, int n, int unit, int white, int illum,
-                      float* r)
+}  // namespace
+
+int colorimetric(const Context& ctx, const float* wl, const float* v, int n, int unit, int white,
+                 int illum, float* r, ObjectColour* object)
 {
+    if (object) *object = ObjectColour{};
     if (!wl || !v || unit < 0 || unit >= kUnitCount) return kBadArgument;
     if (n < kMinColourPoints || !valid_spectrum(wl, v, n)) return kBadData;
     if (wl[n - 1] <= kReachLow || wl[0] >= kReachHigh) return kOutOfReach;
-    const int st = guarded(kNoMemory, [&] { return colorimetry(wl, v, n, unit, white, illum, r); });
-    if (st != kOk) std::fill(r, r + QOMATH_CC_COUNT, 0.0f);
+    const int st = guarded(kNoMemory, [&] {
+        return colorimetry(ctx, wl, v, n, unit, white, illum, r, object);
+    });
+    if (st != kOk) {
+        std::fill(r, r + QOMATH_CC_COUNT, 0.0f);
+        if (object) *object = ObjectColour{};
+    }
     return st;
 }
+
+namespace {
 
 // The wavelengths of a range record of at least `min_points` points, or an
 // empty vector for an invalid record (or one too long to lay out).
@@ -376,7 +430,8 @@ constexpr float kUvHigh = 380.0f;
 constexpr float kVisibleHigh = 780.0f;
 constexpr float kIrHigh = 1100.0f;
 
-int radiometry(const float* wl, const float* v, int n, float lo, float hi, float* r)
+int radiometry(const Context& ctx, const float* wl, const float* v, int n, float lo, float hi,
+               float* r)
 {
     // Copies: the peak functions take non-const arrays.
     std::vector<float> x(wl, wl + n);
@@ -392,9 +447,21 @@ int radiometry(const float* wl, const float* v, int n, float lo, float hi, float
     int k = -1;
     r[QOMATH_RC_PEAK_WL] = GetPeakWavelength2(x.data(), y.data(), n, &k);
     r[QOMATH_RC_PEAK_VALUE] = k >= 0 && k < n ? y[static_cast<std::size_t>(k)] : 0.0f;
-    const float centroid = Centroid2(x.data(), y.data(), n);
-    r[QOMATH_RC_CENTROID] = centroid == kNotFound ? 0.0f : centroid;
-    const float fwhm = ComputeFWHMoptions(x.data(), y.data(), n);
+    if (ctx.on_data()) {
+        // integral(wl S) / integral(S), both by the trapezoid rule on the data.
+        bx.clear();
+        for (std::size_t i = 0; i < x.size(); ++i) bx.push_back(x[i] * y[i]);
+        const double area = IntegrationDiscrete(x.data(), y.data(), n);
+        const double moment = IntegrationDiscrete(x.data(), bx.data(), n);
+        bx.clear();
+        r[QOMATH_RC_CENTROID] = area > 1e-19 ? static_cast<float>(moment / area) : 0.0f;
+    } else {
+        const float centroid = Centroid2(x.data(), y.data(), n);
+        r[QOMATH_RC_CENTROID] = centroid == kNotFound ? 0.0f : centroid;
+    }
+    // Between the interpolated half-maximum crossings, or from sample indices.
+    const float fwhm = ctx.on_data() ? OLDFWHM(x.data(), y.data(), n)
+                                     : ComputeFWHMoptions(x.data(), y.data(), n);
     r[QOMATH_RC_FWHM] = std::isfinite(fwhm) ? fwhm : 0.0f;
     r[QOMATH_RC_UV] = band_integral(sx, sy, kUvLow, kUvHigh, bx, by);
     r[QOMATH_RC_VISIBLE] = band_integral(sx, sy, kUvHigh, kVisibleHigh, bx, by);
@@ -403,20 +470,23 @@ int radiometry(const float* wl, const float* v, int n, float lo, float hi, float
     return all_finite(std::span<const float>(r, QOMATH_RC_COUNT)) ? kOk : kBadData;
 }
 
-int radiometry_calc(const float* wl, const float* v, int n, float lo, float hi, float* r)
+}  // namespace
+
+int radiometric(const Context& ctx, const float* wl, const float* v, int n, float lo, float hi,
+                float* r)
 {
     if (!wl || !v) return kBadArgument;
     if (n < kMinRadiometryPoints || !valid_spectrum(wl, v, n)) return kBadData;
     if (!(lo < hi)) return kBadBand;
-    const int st = guarded(kNoMemory, [&] { return radiometry(wl, v, n, lo, hi, r); });
+    const int st = guarded(kNoMemory, [&] { return radiometry(ctx, wl, v, n, lo, hi, r); });
     if (st != kOk) std::fill(r, r + QOMATH_RC_COUNT, 0.0f);
     return st;
 }
 
-}  // namespace
 }  // namespace qomath::summary
 
 using namespace qomath::summary;
+using qomath::colorimetry::compatible_context;
 
 extern "C" {
 
@@ -425,7 +495,8 @@ QOMATH_API int ColorimetricCalc(const float* wavelengths, const float* values, i
 {
     if (!result) return kBadArgument;
     std::fill(result, result + QOMATH_CC_COUNT, 0.0f);
-    return colorimetric_calc(wavelengths, values, n, unitCode, white, illuminant, result);
+    return colorimetric(compatible_context(), wavelengths, values, n, unitCode, white, illuminant,
+                        result, nullptr);
 }
 
 QOMATH_API int ColorimetricCalc2(const float* values, const typ_wlinfo* range, int unitCode,
@@ -437,8 +508,8 @@ QOMATH_API int ColorimetricCalc2(const float* values, const typ_wlinfo* range, i
     return qomath::detail::guarded(kNoMemory, [&] {
         const std::vector<float> wl = range_wavelengths(range, kMinColourPoints);
         if (wl.empty()) return kBadData;
-        return colorimetric_calc(wl.data(), values, static_cast<int>(wl.size()), unitCode, white,
-                                 illuminant, result);
+        return colorimetric(compatible_context(), wl.data(), values, static_cast<int>(wl.size()),
+                            unitCode, white, illuminant, result, nullptr);
     });
 }
 
@@ -447,7 +518,7 @@ QOMATH_API int RadiometryCalc(const float* wavelengths, const float* values, int
 {
     if (!result) return kBadArgument;
     std::fill(result, result + QOMATH_RC_COUNT, 0.0f);
-    return radiometry_calc(wavelengths, values, n, bandStart, bandEnd, result);
+    return radiometric(compatible_context(), wavelengths, values, n, bandStart, bandEnd, result);
 }
 
 QOMATH_API int RadiometryCalc2(const float* values, const typ_wlinfo* range, float bandStart,
@@ -460,8 +531,8 @@ QOMATH_API int RadiometryCalc2(const float* values, const typ_wlinfo* range, flo
         // WavelengthCreateArray lays out 3 points or more.
         const std::vector<float> wl = range_wavelengths(range, 3);
         if (wl.empty()) return kBadData;
-        return radiometry_calc(wl.data(), values, static_cast<int>(wl.size()), bandStart, bandEnd,
-                               result);
+        return radiometric(compatible_context(), wl.data(), values, static_cast<int>(wl.size()),
+                           bandStart, bandEnd, result);
     });
 }
 

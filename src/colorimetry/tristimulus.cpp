@@ -10,6 +10,8 @@
 // wavelengths between its components.
 #include "qomath/tristimulus.h"
 
+#include "colorimetry/tristimulus.hpp"
+
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -27,6 +29,9 @@
 #include "qomath/spectral_arith.h"
 
 namespace qomath::tristimulus {
+
+using qomath::detail::guarded;
+
 namespace {
 
 // The colour-matching tables share the grid 360 + i nm, i < 471.
@@ -52,13 +57,6 @@ constexpr int kYbar1964 = 4;
 bool is_cmf(int selector)
 {
     return selector >= 0 && selector <= 5;
-}
-
-// Interpolate2 takes its read-only inputs through non-const pointers; it
-// never writes them.
-float* source(const float* p)
-{
-    return const_cast<float*>(p);
 }
 
 // Trapezoid integrals over the caller's grid of each resampled table times
@@ -88,8 +86,8 @@ std::array<float, K> weighted_areas(std::span<const float> wl, std::span<const f
 // Components of the spectrum (wl, values), one per selector, into out[].
 // Outputs are cleared first; the first status other than 1 stops the work.
 template <std::size_t K>
-int spectrum_components(const float* wl, const float* values, int n,
-                        const std::array<int, K>& selectors, float* out)
+int spectrum_components(const colorimetry::Context& ctx, const float* wl, const float* values,
+                        int n, const std::array<int, K>& selectors, float* out)
 {
     if (!out) return -1;
     std::fill_n(out, K, 0.0f);
@@ -119,7 +117,8 @@ int spectrum_components(const float* wl, const float* values, int n,
     // as it would fail Interpolate2, and leaves the cache as it was.
     std::array<int, K> status{};
     const bool resampled_all = qomath::detail::guarded(false, [&] {
-        numerics::interpolate2_many<K>(kCmfWavelengths, tables, wls, resampled, status);
+        numerics::interpolate2_many<K>(ctx.cache(), kCmfWavelengths, tables, wls, resampled,
+                                       status);
         return true;
     });
     std::size_t good = 0;  // components before the first failure
@@ -129,8 +128,8 @@ int spectrum_components(const float* wl, const float* values, int n,
     // Consecutive calls stop at the failing table and leave its key in the
     // cache; the pass went on to the last table, so put it back.
     if (resampled_all && good + 1 < K)
-        Interpolate2(source(kCmfWavelengths.data()), source(tables[good].data()), kCmfPoints,
-                     source(wl), resampled[good].data(), n);
+        numerics::interpolate2(ctx.cache(), kCmfWavelengths.data(), tables[good].data(),
+                               kCmfPoints, wl, resampled[good].data(), n);
     return -5;
 }
 
@@ -230,10 +229,26 @@ float integrate_cie(const float* y, const typ_wlinfo* range, int selector, bool 
 }
 
 }  // namespace
+
+int components(const colorimetry::Context& ctx, const float* wl, const float* values, int n,
+               Components which, float* out)
+{
+    return guarded(-4, [&] {
+        switch (which) {
+        case Components::xyz1931: return spectrum_components(ctx, wl, values, n, kObserver1931, out);
+        case Components::xyz1964: return spectrum_components(ctx, wl, values, n, kObserver1964, out);
+        case Components::ybar1931:
+            return spectrum_components(ctx, wl, values, n, std::array<int, 1>{kYbar1931}, out);
+        }
+        return -1;
+    });
+}
+
 }  // namespace qomath::tristimulus
 
 using namespace qomath::tristimulus;
-using qomath::detail::guarded;
+using qomath::colorimetry::compatible_context;
+using qomath::tristimulus::Components;
 
 extern "C" {
 
@@ -241,20 +256,21 @@ int CalcTristimulusXYZ(const float* wavelengths, const float* values, int n, int
                        float* result)
 {
     return guarded(-4, [&] {
-        return spectrum_components(wavelengths, values, n, std::array<int, 1>{selector}, result);
+        return spectrum_components(compatible_context(), wavelengths, values, n,
+                                   std::array<int, 1>{selector}, result);
     });
 }
 
 int CalcTristimulusXYZ1931_2(const float* wavelengths, const float* values, int n, float* xyz)
 {
     return guarded(-4,
-                   [&] { return spectrum_components(wavelengths, values, n, kObserver1931, xyz); });
+                   [&] { return components(compatible_context(), wavelengths, values, n, Components::xyz1931, xyz); });
 }
 
 int CalcTristimulusXYZ1964_2(const float* wavelengths, const float* values, int n, float* xyz)
 {
     return guarded(-4,
-                   [&] { return spectrum_components(wavelengths, values, n, kObserver1964, xyz); });
+                   [&] { return components(compatible_context(), wavelengths, values, n, Components::xyz1964, xyz); });
 }
 
 int CalcTristimulusXYZ1931(const float* values, const typ_wlinfo* range, float* xyz)
@@ -289,7 +305,8 @@ int GetCIEDataTristimulus(int selector, float* xyz)
         std::array<float, QOMATH_CIE_MAX_POINTS> wavelengths{};
         for (std::size_t i = 0; i < static_cast<std::size_t>(n); ++i)
             wavelengths[i] = range.start + static_cast<float>(i) * range.step;
-        return spectrum_components(wavelengths.data(), values.data(), n, kObserver1931, xyz);
+        return spectrum_components(compatible_context(), wavelengths.data(), values.data(), n,
+                                   kObserver1931, xyz);
     });
 }
 

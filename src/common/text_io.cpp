@@ -55,9 +55,44 @@ namespace {
 std::atomic<unsigned> g_temp_counter{0};
 }
 
-ReplacingFile::ReplacingFile(const char* target) : target_(target ? target : "")
+namespace {
+
+// Where writing to `target` lands: the end of its chain of symbolic links
+// (so that the link survives and its target is replaced), or the name itself.
+std::filesystem::path final_target(const std::filesystem::path& target)
 {
-    if (target_.empty()) return;
+    namespace fs = std::filesystem;
+    fs::path p = target;
+    for (int hops = 0; hops < 40; ++hops) {
+        std::error_code ec;
+        if (!fs::is_symlink(fs::symlink_status(p, ec))) break;
+        const fs::path link = fs::read_symlink(p, ec);
+        if (ec) break;
+        p = link.is_absolute() ? link : p.parent_path() / link;
+    }
+    return p;
+}
+
+}  // namespace
+
+ReplacingFile::ReplacingFile(const char* target)
+{
+    namespace fs = std::filesystem;
+    if (!target || !*target) return;
+    std::error_code ec;
+    const fs::path final = final_target(fs::path(target));
+    target_ = final.string();
+    const fs::file_status st = fs::status(final, ec);
+    if (fs::exists(st)) {
+        if (fs::is_directory(st)) return;
+        if (!fs::is_regular_file(st)) {
+            // A device, FIFO or socket is written in place, never replaced
+            // by a regular file.
+            in_place_ = true;
+            file_ = std::fopen(target_.c_str(), "w");
+            return;
+        }
+    }
     // The temporary file sits beside the target so that the final rename
     // stays on one file system.
     // (snprintf rather than std::to_string: the latter's helpers would join
@@ -67,13 +102,15 @@ ReplacingFile::ReplacingFile(const char* target) : target_(target ? target : "")
                   g_temp_counter.fetch_add(1));
     temp_ = target_ + suffix;
     file_ = std::fopen(temp_.c_str(), "w");
+    // A replaced file keeps its permissions.
+    if (file_ && fs::is_regular_file(st)) fs::permissions(temp_, st.permissions(), ec);
 }
 
 ReplacingFile::~ReplacingFile()
 {
     if (file_) {
         std::fclose(file_);
-        std::remove(temp_.c_str());
+        if (!in_place_) std::remove(temp_.c_str());
     }
 }
 
@@ -83,6 +120,7 @@ bool ReplacingFile::commit()
     const bool written = std::fflush(file_) == 0 && std::ferror(file_) == 0;
     const bool closed = std::fclose(file_) == 0;
     file_ = nullptr;
+    if (in_place_) return written && closed;
     std::error_code ec;
     if (written && closed) {
         std::filesystem::rename(temp_, target_, ec);
@@ -112,6 +150,23 @@ double parse_double(const char* s)
 int parse_int(const char* s)
 {
     return std::atoi(s);
+}
+
+std::string_view trim(std::string_view s)
+{
+    constexpr std::string_view blanks = " \t\r\v\f";
+    const auto first = s.find_first_not_of(blanks);
+    if (first == std::string_view::npos) return {};
+    return s.substr(first, s.find_last_not_of(blanks) - first + 1);
+}
+
+bool parse_number_exact(std::string_view s, double& value)
+{
+    s = trim(s);
+    if (!s.empty() && s.front() == '+') s.remove_prefix(1);
+    if (s.empty() || s.front() == '+') return false;
+    const auto r = std::from_chars(s.data(), s.data() + s.size(), value, std::chars_format::general);
+    return r.ec == std::errc() && r.ptr == s.data() + s.size();
 }
 
 }  // namespace qomath::text

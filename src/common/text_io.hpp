@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <fstream>
 #include <string>
+#include <string_view>
 
 namespace qomath::text {
 
@@ -42,7 +43,10 @@ private:
 // Creates or replaces a whole file safely: everything is written to a
 // temporary file in the same folder, which replaces the target only when
 // every byte has been written. Until commit() succeeds the target, if it
-// exists, is untouched; a file that is not committed is removed.
+// exists, is untouched; a file that is not committed is removed. Through a
+// symbolic link the link's final target is replaced and the link kept; an
+// existing device, FIFO or socket is written in place (never replaced); a
+// folder cannot be written (get() is null).
 class ReplacingFile {
 public:
     explicit ReplacingFile(const char* target);
@@ -59,6 +63,7 @@ private:
     std::string target_;
     std::string temp_;
     std::FILE* file_ = nullptr;
+    bool in_place_ = false;
 };
 
 // atof/atoi as the readers have always used them (leading blanks skipped,
@@ -66,5 +71,13 @@ private:
 // for text), but quicker on the plain decimal numbers of the files.
 double parse_double(const char* s);
 int parse_int(const char* s);
+
+// The text without leading and trailing blanks, tabs and CR.
+std::string_view trim(std::string_view s);
+
+// Strict number parsing for the program: the whole field (blanks around it
+// aside) must be one decimal number; "nan" and "inf" parse and are left to
+// the caller to refuse. False for anything else.
+bool parse_number_exact(std::string_view s, double& value);
 
 }  // namespace qomath::text

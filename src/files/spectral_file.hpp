@@ -16,6 +16,14 @@ inline constexpr std::size_t kInfoSize = QOMATH_SPECTRAL_INFO_SIZE;
 inline constexpr std::size_t kInfoChars = kInfoSize - 1;  // 49
 
 // The marker every spectral file carries in its first line.
+// Substrings that identify a unit name, tested in this order; the position is
+// the code. "Irradiance" comes before "Radiance" so that irradiance texts are
+// not taken for radiance. Kept apart from the writable unit tables: patching
+// a display text does not change how names are parsed.
+inline constexpr const char* kUnitNameKeys[7] = {
+    "Counts", "Irradiance", "Radiant Intensity", "Radiant Flux",
+    "Radiance", "Transmittance", "Reflectance"};
+
 inline constexpr const char* kSpectralMarker = "[Quarvel Optronic Spectral File]";
 
 // The tags that the Kavri Wendo conversion writes and reads back.

@@ -5,6 +5,10 @@
 // barrier.
 #include "qomath/units.h"
 
+#include <iterator>
+
+#include "files/spectral_file.hpp"
+
 #include <cstddef>
 #include <cstring>
 
@@ -62,13 +66,8 @@ char g_kw_abbr_micro[50];
 
 // ---- Constant data ---------------------------------------------------------
 
-// Substrings that identify a unit name, tested in this order; the position is
-// the code. "Irradiance" comes before "Radiance" so that irradiance texts are
-// not taken for radiance. Kept apart from the writable tables: patching a
-// display text does not change how names are parsed.
-constexpr const char* kNameKeys[kUnitCodes] = {
-    "Counts", "Irradiance", "Radiant Intensity", "Radiant Flux",
-    "Radiance", "Transmittance", "Reflectance"};
+constexpr const auto& kNameKeys = kUnitNameKeys;
+static_assert(std::size(kUnitNameKeys) == kUnitCodes);
 
 struct KavriWendoUnit {
     const char* full_name;

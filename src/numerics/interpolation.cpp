@@ -17,11 +17,11 @@
 #include "qomath/grid.h"
 
 namespace qomath::numerics {
-namespace {
 
-// The interpolation mode and the result cache of Interpolate2: process-wide,
-// unguarded (the host serialises these calls), never released.
-struct InterpolationState {
+// The interpolation mode and the result cache of Interpolate2. The
+// process-wide instance is unguarded (the host serialises these calls) and
+// never released.
+struct Interpolate2State::Data {
     bool linear = false;
     // The last call's counts, its source VALUES, its destination WAVELENGTHS
     // and its result. The buffers only grow.
@@ -56,7 +56,16 @@ struct InterpolationState {
     }
 };
 
-InterpolationState g_state;
+namespace {
+
+std::span<const float> cspan(const float* p, int n)
+{
+    return {p, static_cast<std::size_t>(n)};
+}
+std::span<float> mspan(float* p, int n)
+{
+    return {p, static_cast<std::size_t>(n)};
+}
 
 double distance(float a, float b)
 {
@@ -211,11 +220,21 @@ void clamp_negative(std::span<const float> ys, std::span<float> yd)
 
 }  // namespace
 
-template <std::size_t K>
-void interpolate2_many(std::span<const float> xs, const std::array<std::span<const float>, K>& ys,
-                       std::span<const float> xd, const std::array<std::span<float>, K>& yd,
-                       std::array<int, K>& status)
+Interpolate2State::Interpolate2State() : data_(std::make_unique<Data>()) {}
+Interpolate2State::~Interpolate2State() = default;
+
+Interpolate2State& process_interpolation_state()
 {
+    static Interpolate2State state;
+    return state;
+}
+
+template <std::size_t K>
+void interpolate2_many(Interpolate2State& st, std::span<const float> xs,
+                       const std::array<std::span<const float>, K>& ys, std::span<const float> xd,
+                       const std::array<std::span<float>, K>& yd, std::array<int, K>& status)
+{
+    Interpolate2State::Data& cache = st.data();
     if (xs.size() < 4 || xd.size() < 4) {
         // Too few points: nothing is interpolated, but the clamp still runs.
         for (std::size_t j = 0; j < K; ++j) {
@@ -224,27 +243,27 @@ void interpolate2_many(std::span<const float> xs, const std::array<std::span<con
         }
         return;
     }
-    if (K > 1 && g_state.holds(ys[0], xd)) {
+    if (K > 1 && cache.holds(ys[0], xd)) {
         // The first array is a cache hit (possibly a result computed on other
         // source wavelengths): take the calls one by one.
         for (std::size_t j = 0; j < K; ++j) {
             std::array<int, 1> one{};
-            interpolate2_many<1>(xs, {ys[j]}, xd, {yd[j]}, one);
+            interpolate2_many<1>(st, xs, {ys[j]}, xd, {yd[j]}, one);
             status[j] = one[0];
         }
         return;
     }
-    if (K == 1 && g_state.holds(ys[0], xd)) {
+    if (K == 1 && cache.holds(ys[0], xd)) {
         // The key is the source values and the destination wavelengths only:
         // a call that differs in xSrc or in the mode gets the previous
         // result. Hosts rely on this.
-        std::copy_n(g_state.result.begin(), xd.size(), yd[0].begin());
+        std::copy_n(cache.result.begin(), xd.size(), yd[0].begin());
         status[0] = 1;
     } else {
         // Each call would store its key before computing; the last one stays.
-        g_state.remember_key(ys[K - 1], xd);
+        cache.remember_key(ys[K - 1], xd);
         int computed = 1;
-        if (g_state.linear)
+        if (cache.linear)
             for (std::size_t j = 0; j < K; ++j) interpolate_linear(xs, ys[j], xd, yd[j]);
         else
             computed = interpolate_polynomial<K>(xs, ys, xd, yd);
@@ -254,46 +273,42 @@ void interpolate2_many(std::span<const float> xs, const std::array<std::span<con
             const bool hit = j > 0 && std::equal(ys[j].begin(), ys[j].end(), ys[j - 1].begin());
             status[j] = hit ? 1 : computed;
         }
-        std::copy(yd[K - 1].begin(), yd[K - 1].end(), g_state.result.begin());
+        std::copy(yd[K - 1].begin(), yd[K - 1].end(), cache.result.begin());
     }
     for (std::size_t j = 0; j < K; ++j) clamp_negative(ys[j], yd[j]);
 }
 
-template void interpolate2_many<1>(std::span<const float>, const std::array<std::span<const float>, 1>&,
+template void interpolate2_many<1>(Interpolate2State&, std::span<const float>, const std::array<std::span<const float>, 1>&,
                                    std::span<const float>, const std::array<std::span<float>, 1>&,
                                    std::array<int, 1>&);
-template void interpolate2_many<3>(std::span<const float>, const std::array<std::span<const float>, 3>&,
+template void interpolate2_many<3>(Interpolate2State&, std::span<const float>, const std::array<std::span<const float>, 3>&,
                                    std::span<const float>, const std::array<std::span<float>, 3>&,
                                    std::array<int, 3>&);
+
+int interpolate2(Interpolate2State& state, const float* xSrc, const float* ySrc, int nSrc,
+                 const float* xDst, float* yDst, int nDst)
+{
+    return qomath::detail::guarded(-4, [&] {
+        if (!xSrc || !ySrc || !xDst || !yDst) return -1;
+        std::array<int, 1> status{};
+        interpolate2_many<1>(state, cspan(xSrc, std::max(nSrc, 0)), {cspan(ySrc, std::max(nSrc, 0))},
+                             cspan(xDst, std::max(nDst, 0)), {mspan(yDst, std::max(nDst, 0))},
+                             status);
+        return status[0];
+    });
+}
 
 }  // namespace qomath::numerics
 
 using namespace qomath::numerics;
 using qomath::detail::guarded;
 
-namespace {
-std::span<const float> cspan(const float* p, int n)
-{
-    return {p, static_cast<std::size_t>(n)};
-}
-std::span<float> mspan(float* p, int n)
-{
-    return {p, static_cast<std::size_t>(n)};
-}
-}  // namespace
 
 extern "C" {
 
 int Interpolate2(float* xSrc, float* ySrc, int nSrc, float* xDst, float* yDst, int nDst)
 {
-    return guarded(-4, [&] {
-        if (!xSrc || !ySrc || !xDst || !yDst) return -1;
-        std::array<int, 1> status{};
-        interpolate2_many<1>(cspan(xSrc, std::max(nSrc, 0)), {cspan(ySrc, std::max(nSrc, 0))},
-                             cspan(xDst, std::max(nDst, 0)), {mspan(yDst, std::max(nDst, 0))},
-                             status);
-        return status[0];
-    });
+    return interpolate2(process_interpolation_state(), xSrc, ySrc, nSrc, xDst, yDst, nDst);
 }
 
 int LinearInterpolation(float* xSrc, float* ySrc, int nSrc, float* xDst, float* yDst, int nDst)
@@ -306,8 +321,9 @@ int LinearInterpolation(float* xSrc, float* ySrc, int nSrc, float* xDst, float* 
 
 int InterpolationMethod(int mode)
 {
-    g_state.linear = mode != 0;
-    return g_state.linear ? 1 : 0;
+    Interpolate2State::Data& state = process_interpolation_state().data();
+    state.linear = mode != 0;
+    return state.linear ? 1 : 0;
 }
 
 int Interpolate(float* ySrc, typ_wlinfo* src, float* yDst, typ_wlinfo* dst)

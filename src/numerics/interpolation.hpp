@@ -6,7 +6,34 @@
 #include <cstddef>
 #include <span>
 
+#include <memory>
+
 namespace qomath::numerics {
+
+// The result cache of Interpolate2 (and the interpolation mode). The C
+// exports share one process-wide instance, which hosts observe; internal
+// callers that must not see or disturb it (the program's workers, say) own
+// one each. Not safe to share between threads.
+class Interpolate2State {
+public:
+    Interpolate2State();
+    ~Interpolate2State();
+    Interpolate2State(const Interpolate2State&) = delete;
+    Interpolate2State& operator=(const Interpolate2State&) = delete;
+    struct Data;
+    Data& data() { return *data_; }
+
+private:
+    std::unique_ptr<Data> data_;
+};
+
+// The instance behind Interpolate2, InterpolationMethod and the colorimetry
+// of the C exports.
+Interpolate2State& process_interpolation_state();
+
+// Interpolate2 on the given state.
+int interpolate2(Interpolate2State& state, const float* xSrc, const float* ySrc, int nSrc,
+                 const float* xDst, float* yDst, int nDst);
 
 // Exactly what K consecutive Interpolate2 calls give, with the common source
 // wavelengths xs and destination wavelengths xd and the value arrays ys[j]
@@ -15,7 +42,7 @@ namespace qomath::numerics {
 // search and the Neville tableaux are shared between the K arrays.
 // May throw std::bad_alloc (the cache grows) before any output is written.
 template <std::size_t K>
-void interpolate2_many(std::span<const float> xs, const std::array<std::span<const float>, K>& ys,
+void interpolate2_many(Interpolate2State& state, std::span<const float> xs, const std::array<std::span<const float>, K>& ys,
                        std::span<const float> xd, const std::array<std::span<float>, K>& yd,
                        std::array<int, K>& status);
 

@@ -18,7 +18,9 @@
 #include <string>
 #include <vector>
 
+#include "qomath/cie_tables.h"
 #include "qomath/spectral_file.h"
+#include "qomath/summary.h"
 
 namespace {
 
@@ -221,7 +223,7 @@ TEST(Analyze, CsvOfTheExamples)
     std::string header;
     for (const std::string& h : c.header) header += (header.empty() ? "" : ",") + h;
     EXPECT_EQ(header.rfind("file,version,header,unit,unit_code,points,wl_first_nm,wl_last_nm,"
-                           "observer,x,y,u_prime,v_prime,tristimulus_x,",
+                           "observer,calculation,x,y,u_prime,v_prime,tristimulus_x,",
                            0),
               0u)
         << header;
@@ -323,10 +325,10 @@ TEST(Analyze, BadFilesAreNamedOthersStillReported)
     const Outcome r =
         qomath("analyze --csv " + bad + " " + kExamples + "/illuminant_A_v1.txt " + tmp / "none.txt");
     EXPECT_EQ(r.status, 1);
-    EXPECT_NE(r.out.find("bad.txt: cannot read (status -4: not a spectral file"),
+    EXPECT_NE(r.out.find("bad.txt: not a spectral file; as two-column text it needs --unit"),
               std::string::npos)
         << r.out;
-    EXPECT_NE(r.out.find("none.txt: cannot read (status -2:"), std::string::npos) << r.out;
+    EXPECT_NE(r.out.find("none.txt: cannot read (No such file"), std::string::npos) << r.out;
     EXPECT_NE(r.out.find("illuminant_A_v1.txt,1,"), std::string::npos) << r.out;
     // Standard output holds only the header and the good row.
     const Outcome o =
@@ -353,6 +355,213 @@ TEST(Analyze, UsageErrors)
         EXPECT_EQ(h.status, 0) << cmd;
         EXPECT_EQ(h.out.rfind("usage: qomath ", 0), 0u) << cmd;
     }
+}
+
+// ---- numbers a metrologist signs ---------------------------------------------
+
+// A version 2.0 file of `unit` with the points (wl[i], v[i]).
+std::string v2_file(const std::string& path, const char* unit, const std::vector<double>& wl,
+                    const std::vector<double>& v)
+{
+    std::ofstream f(path, std::ios::binary);
+    f << "2.0 [Quarvel Optronic Spectral File]\ntest\n" << unit << "\n0\n"
+      << wl.front() << "\n" << wl.size() << "\n" << wl.back() << "\n";
+    f.precision(9);
+    for (std::size_t i = 0; i < wl.size(); ++i) f << wl[i] << "," << v[i] << "\n";
+    return path;
+}
+
+double field(const Csv& c, const char* key)
+{
+    const std::string& s = c.rows.at(0).at(key);
+    return s.empty() ? std::nan("") : std::stod(s);
+}
+
+TEST(Analyze, NumbersOnTheDataSampling)
+{
+    Scratch tmp("numbers");
+    // A 532 nm laser line (sigma 0.25 nm) at 0.1 nm: illuminance = 683 Y / 100
+    // exactly as printed, and Y against y-bar integrated here, linearly
+    // between the whole-nanometre table values.
+    std::vector<double> wl, v, ybar_wl, ybar_v;
+    float table[QOMATH_CIE_MAX_POINTS];
+    typ_wlinfo range{};
+    ASSERT_EQ(GetCIEData(1, table, &range), 1);
+    double independent = 0.0;
+    for (int i = 0; i <= 400; ++i) {
+        wl.push_back(512.0 + 0.1 * i);
+        v.push_back(1000.0 * std::exp(-0.5 * std::pow((wl.back() - 532.0) / 0.25, 2)));
+        const double pos = wl.back() - 360.0;
+        const int k = static_cast<int>(pos);
+        const double yb = table[k] + (pos - k) * (table[k + 1] - table[k]);
+        if (i > 0) independent += 0.05 * (v[i] * yb + v[i - 1] * ybar_v.back());
+        ybar_v.push_back(yb);
+    }
+    const std::string laser = v2_file(tmp / "laser.txt", "Irradiance", wl, v);
+    const Csv c = parse_csv(qomath("analyze --csv " + laser, false).out);
+    ASSERT_EQ(c.rows.size(), 1u);
+    const double Y = field(c, "tristimulus_y");
+    EXPECT_NEAR(Y, independent, 2e-3 * independent);
+    EXPECT_NEAR(field(c, "photometric_value"), static_cast<float>(static_cast<float>(Y) * 683.0f) / 100.0,
+                1e-6 * Y * 6.83);
+    EXPECT_EQ(c.rows[0].at("calculation"), "data");
+    // The compatible path keeps its 1 nm common grid, and says so.
+    const Csv compat = parse_csv(qomath("analyze --csv --compat " + laser, false).out);
+    EXPECT_EQ(compat.rows.at(0).at("calculation"), "compat");
+    EXPECT_GT(std::fabs(field(compat, "photometric_value") / field(c, "photometric_value") - 1), 0.05);
+
+    // A Gaussian of sigma 10 nm at 0.5 nm: FWHM = 2 sqrt(2 ln 2) 10 = 23.548 nm;
+    // centroid at the centre.
+    wl.clear(), v.clear();
+    for (int i = 0; i <= 400; ++i) {
+        wl.push_back(450.0 + 0.5 * i);
+        v.push_back(std::exp(-0.5 * std::pow((wl.back() - 550.0) / 10.0, 2)));
+    }
+    const Csv g = parse_csv(qomath("analyze --csv " + v2_file(tmp / "g.txt", "Counts", wl, v), false).out);
+    EXPECT_NEAR(field(g, "fwhm_nm"), 23.548, 0.05);
+    EXPECT_NEAR(field(g, "centroid_nm"), 550.0, 0.01);
+    EXPECT_TRUE(g.rows.at(0).at("photometric_value").empty());  // counts have none
+
+    // The same line on an uneven 1024-pixel grid, densest at the blue end:
+    // the integral centroid stays at the centre, a plain sum would not.
+    wl.clear(), v.clear();
+    for (int p = 0; p < 1024; ++p) {
+        wl.push_back(350.0 + 0.25 * p + 0.00025 * p * p);
+        v.push_back(std::exp(-0.5 * std::pow((wl.back() - 550.0) / 30.0, 2)));
+    }
+    const std::string uneven = v2_file(tmp / "uneven.txt", "Counts", wl, v);
+    EXPECT_NEAR(field(parse_csv(qomath("analyze --csv " + uneven, false).out), "centroid_nm"), 550.0, 0.05);
+    EXPECT_LT(field(parse_csv(qomath("analyze --csv --compat " + uneven, false).out), "centroid_nm"), 549.0);
+
+    // A neutral 25 % filter: Y = 25, L* = 116 * 0.25^(1/3) - 16 = 57.08, a* = b* = 0,
+    // and the chromaticity of D65.
+    wl.clear(), v.clear();
+    for (int i = 0; i <= 80; ++i) wl.push_back(380.0 + 5 * i), v.push_back(0.25);
+    for (const char* unit : {"Transmittance", "Reflectance"}) {
+        const Csv f = parse_csv(qomath("analyze --csv " + v2_file(tmp / "nd.txt", unit, wl, v), false).out);
+        EXPECT_NEAR(field(f, "tristimulus_y"), 25.0, 0.005) << unit;
+        EXPECT_NEAR(field(f, "l_star"), 57.08, 0.005) << unit;
+        EXPECT_NEAR(field(f, "a_star"), 0.0, 0.01) << unit;
+        EXPECT_NEAR(field(f, "x"), 0.3127, 5e-4) << unit;
+        EXPECT_TRUE(f.rows.at(0).at("ra").empty()) << unit;
+    }
+}
+
+TEST(Analyze, CompatReproducesTheSummaryFunctions)
+{
+    // The program's --compat row against ColorimetricCalc and RadiometryCalc
+    // called here on the same file.
+    const std::string path = kExamples + "/white_led_v2.txt";
+    auto rec = std::make_unique<SpectralRecord2>();
+    ASSERT_EQ(ReadSpectralFile2(path.c_str(), rec.get(), nullptr), 1);
+    const int n = static_cast<int>(rec->pointCount);
+    float cc[QOMATH_CC_COUNT], rc[QOMATH_RC_COUNT];
+    ASSERT_EQ(ColorimetricCalc(rec->wavelengths, rec->values, n, 1, 0, 1, cc), 1);
+    ASSERT_EQ(RadiometryCalc(rec->wavelengths, rec->values, n, rec->wavelengths[0],
+                             rec->wavelengths[n - 1], rc), 1);
+    const Csv c = parse_csv(qomath("analyze --csv --compat " + path, false).out);
+    ASSERT_EQ(c.rows.size(), 1u);
+    const std::pair<const char*, float> same[] = {
+        {"tristimulus_y", cc[QOMATH_CC_Y]}, {"cct_k", cc[QOMATH_CC_CCT]},
+        {"ra", cc[QOMATH_CC_RA]}, {"photometric_value", cc[QOMATH_CC_PHOTOMETRIC]},
+        {"centroid_nm", rc[QOMATH_RC_CENTROID]}, {"fwhm_nm", rc[QOMATH_RC_FWHM]}};
+    for (const auto& [key, value] : same) EXPECT_EQ(static_cast<float>(field(c, key)), value) << key;
+}
+
+// ---- strict input ----------------------------------------------------------------
+
+TEST(Analyze, StrictInputNamesFileLineAndWhat)
+{
+    Scratch tmp("strict");
+    const std::string head = "2.0 [Quarvel Optronic Spectral File]\nh\nIrradiance\n0\n400\n5\n480\n";
+    const std::string good = "400,1\n420,2\n440,3\n460,2\n480,1\n";
+    const std::pair<std::string, std::string> cases[] = {
+        {head + "400\t1\n420\t2\n440\t3\n460\t2\n480\t1\n", ":8: not 'wavelength,value': '400\\t1'"},
+        {head + "400,1\n420,2\n440,3\n460,2\n", ":6: the file declares 5 points, the data has 4"},
+        {head + "400,1\n420,nan\n440,3\n460,2\n480,1\n", ":9: a value is not finite"},
+        {head + "400,1\n420,2\n420,3\n460,2\n480,1\n", ":10: wavelength 420 nm does not increase"},
+        {head + "400,0\n420,0\n440,0\n460,-1\n480,0\n", ": no positive signal in an emission spectrum"},
+        {"2.0 [Quarvel Optronic Spectral File]\nh\nFurlongs\n0\n400\n5\n480\n" + good, ":3: unknown unit 'Furlongs'"},
+        {head + "400,1\n420,2\nabc\n460,2\n480,1\n", ":10: not 'wavelength,value': 'abc'"},
+    };
+    for (const auto& [text, message] : cases) {
+        std::ofstream(tmp / "f.txt", std::ios::binary) << text;
+        const Outcome r = qomath("analyze --csv " + tmp / "f.txt " + kExamples + "/illuminant_A_v1.txt");
+        EXPECT_EQ(r.status, 1) << message;
+        EXPECT_NE(r.out.find("f.txt" + message), std::string::npos) << r.out;
+        EXPECT_NE(r.out.find("illuminant_A_v1.txt,1,"), std::string::npos) << "others go on";
+    }
+    // Isolated negative values: a warning, and the file is analysed.
+    std::ofstream(tmp / "neg.txt", std::ios::binary) << head << "400,1\n420,-0.5\n440,3\n460,-1\n480,1\n";
+    const Outcome neg = qomath("analyze --csv " + tmp / "neg.txt");
+    EXPECT_EQ(neg.status, 0);
+    EXPECT_NE(neg.out.find("neg.txt: warning: 2 negative values"), std::string::npos) << neg.out;
+
+    // Any length: 8001 points of 0.05 nm.
+    std::vector<double> wl, v;
+    for (int i = 0; i <= 8000; ++i) wl.push_back(380 + 0.05 * i), v.push_back(1.0);
+    const Csv big = parse_csv(qomath("analyze --csv " + v2_file(tmp / "big.txt", "Irradiance", wl, v), false).out);
+    EXPECT_EQ(big.rows.at(0).at("points"), "8001");
+
+    // Two-column text (header row, comma or blanks), from a file or standard
+    // input; --unit says what the values are.
+    std::ofstream(tmp / "t.csv") << "nm,W\n" << "400,1\n450,2\n500,3\n550,2\n600,1\n";
+    std::ofstream(tmp / "t.txt") << "400 1\n450 2\n500 3\n550 2\n600 1\n";
+    const Csv a = parse_csv(qomath("analyze --csv --unit irradiance " + tmp / "t.csv", false).out);
+    const Csv b = parse_csv(qomath("analyze --csv --unit irradiance - < " + tmp / "t.txt", false).out);
+    ASSERT_EQ(a.rows.size(), 1u);
+    ASSERT_EQ(b.rows.size(), 1u);
+    EXPECT_EQ(a.rows[0].at("tristimulus_y"), b.rows[0].at("tristimulus_y"));
+    EXPECT_EQ(b.rows[0].at("file"), "-");
+    const Outcome no_unit = qomath("analyze " + tmp / "t.csv");
+    EXPECT_EQ(no_unit.status, 1);
+    EXPECT_NE(no_unit.out.find("needs --unit"), std::string::npos);
+    EXPECT_EQ(qomath("analyze --unit furlongs " + tmp / "t.csv").status, 2);
+}
+
+// ---- output that never destroys a file ------------------------------------------
+
+TEST(Output, SafeWritesEverywhere)
+{
+    Scratch tmp("out");
+    const std::string led = kExamples + "/white_led_v2.txt";
+    // -o writes the report; through a link the link stays and its target changes.
+    std::ofstream(tmp / "target.csv") << "old\n";
+    fs::create_symlink(tmp / "target.csv", tmp / "link.csv");
+    ASSERT_EQ(qomath("analyze --csv -o " + tmp / "link.csv " + led).status, 0);
+    EXPECT_TRUE(fs::is_symlink(tmp / "link.csv"));
+    std::ifstream in(tmp / "target.csv");
+    std::string first;
+    std::getline(in, first);
+    EXPECT_EQ(first.rfind("file,version,", 0), 0u);
+    // Devices are written in place: /dev/null takes it, /dev/full fails.
+    EXPECT_EQ(qomath("analyze -o /dev/null " + led).status, 0);
+    EXPECT_EQ(qomath("analyze -o /dev/full " + led).status, 1);
+    EXPECT_EQ(qomath("analyze " + led + " > /dev/full").status, 1);
+    EXPECT_TRUE(fs::is_character_file("/dev/null"));
+    // Never over an input, also through a link.
+    fs::copy_file(led, tmp / "in.txt");
+    fs::create_symlink(tmp / "in.txt", tmp / "in-link.txt");
+    const auto before = fs::file_size(tmp / "in.txt");
+    EXPECT_EQ(qomath("analyze -o " + tmp / "in-link.txt " + tmp / "in.txt").status, 2);
+    EXPECT_EQ(qomath("convert " + tmp / "in.txt " + tmp / "in-link.txt --to 1").status, 2);
+    EXPECT_EQ(fs::file_size(tmp / "in.txt"), before);
+    // A read-only folder: the write fails, nothing is left behind.
+    if (geteuid() != 0) {
+        fs::create_directory(tmp / "ro");
+        fs::permissions(tmp / "ro", fs::perms::owner_read | fs::perms::owner_exec);
+        EXPECT_EQ(qomath("analyze -o " + tmp / "ro/r.txt " + led).status, 1);
+        EXPECT_TRUE(fs::is_empty(tmp / "ro"));
+        fs::permissions(tmp / "ro", fs::perms::owner_all);
+    }
+    // A plot that fails keeps the picture that was there, byte for byte.
+    std::ofstream(tmp / "old.svg") << "<svg>old</svg>\n";
+    EXPECT_EQ(qomath("plot " + tmp / "none.txt -o " + tmp / "old.svg").status, 1);
+    std::ifstream svg(tmp / "old.svg");
+    std::getline(svg, first);
+    EXPECT_EQ(first, "<svg>old</svg>");
+    for (const auto& e : fs::directory_iterator(tmp.dir))
+        EXPECT_EQ(e.path().filename().string().find(".tmp"), std::string::npos) << e.path();
 }
 
 TEST(Analyze, ManyFilesInInputOrder)
@@ -535,7 +744,7 @@ TEST(Plot, Errors)
     EXPECT_EQ(qomath("plot a b -o c.svg").status, 2);
     const Outcome r = qomath("plot " + tmp / "none.txt -o " + tmp / "x.svg");
     EXPECT_EQ(r.status, 1);
-    EXPECT_NE(r.out.find("status -2"), std::string::npos);
+    EXPECT_NE(r.out.find("none.txt: cannot read"), std::string::npos);
 }
 
 }  // namespace

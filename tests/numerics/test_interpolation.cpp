@@ -191,7 +191,7 @@ TEST_F(Interp, SeveralArraysAtOnceAreConsecutiveCalls)
     Vec ya(n), yb(n), yc(n), ra, rb, rc, other(xs), stale;
     auto batch = [&] {
         std::array<int, 3> st{};
-        qomath::numerics::interpolate2_many<3>(
+        qomath::numerics::interpolate2_many<3>(qomath::numerics::process_interpolation_state(),
             xs, {std::span<const float>(a), std::span<const float>(b), std::span<const float>(c)}, xd,
             {std::span<float>(ya), std::span<float>(yb), std::span<float>(yc)}, st);
         return st;
