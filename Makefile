@@ -31,10 +31,14 @@ demo: build
 	@echo
 	$(BUILD)/cli/qomath analyze examples
 	@echo
-	$(BUILD)/cli/qomath analyze --csv examples > $(BUILD)/demo.csv
+	$(BUILD)/cli/qomath analyze --csv -o $(BUILD)/demo.csv examples
+	$(BUILD)/cli/qomath analyze --compat --csv -o $(BUILD)/demo-compat.csv examples
+	@echo
+	@echo "The white LED's data lines alone, as two-column text on standard input:"
+	grep -E '^[0-9.]+, ' examples/white_led_v2.txt | $(BUILD)/cli/qomath analyze --unit irradiance -
 	$(BUILD)/cli/qomath plot examples/white_led_v2.txt -o $(BUILD)/demo.svg
 	@echo
-	@echo "CSV of the same results: $(BUILD)/demo.csv"
+	@echo "CSV of the same results: $(BUILD)/demo.csv (and with --compat: $(BUILD)/demo-compat.csv)"
 	@echo "Picture of the white LED's spectrum and chromaticity: $(BUILD)/demo.svg"
 
 test: build

@@ -266,7 +266,7 @@ std::string text_report(const std::vector<Field>& f, const Spectrum& s, const Ca
         o += value;
         o += '\n';
     };
-    o += "== " + printable(find(f, "file")->str) + "\n";
+    o += "== " + display_name(find(f, "file")->str) + "\n";
     line("header", printable(cp1252_to_utf8(s.header)));
     line("unit", printable(cp1252_to_utf8(s.unit)) + " (code " + fmt(f, "unit_code", "%.0f") +
                      (s.plain ? "), two-column text" : "), file version " + fmt(f, "version", "%.1f")));

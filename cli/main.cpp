@@ -19,37 +19,57 @@ constexpr Command kCommands[] = {
      "spectrum loci) with its wavelength range, point count and the sum of its\n"
      "values, a quick check that two builds carry the same numbers.\n",
      run_tables},
-    {"analyze", "colorimetry, photometry and radiometry of spectral files",
+    {"analyze", "colorimetry, photometry and radiometry of spectra",
      "usage: qomath analyze [--csv | --json] [--observer 2|10] [--white E|D65|A|C]\n"
-     "                      [--illuminant D65|A|C] FILE|FOLDER...\n\n"
-     "Analyses spectral text files of version 1.0 and 2.0; a folder stands for\n"
-     "every regular file in it, in name order. Files are read in parallel and\n"
-     "reported in the order given.\n\n"
+     "                      [--illuminant D65|A|C] [--unit UNIT] [--compat] [-o OUT]\n"
+     "                      FILE|FOLDER|-...\n\n"
+     "Analyses spectral text files of version 1.0 and 2.0 (any length) and plain\n"
+     "two-column text (wavelength, value; comma, semicolon, tab or blanks; an\n"
+     "optional header row) with --unit; - reads standard input; a folder stands\n"
+     "for every regular file in it, in name order. Files are analysed in\n"
+     "parallel and reported in the order given.\n\n"
      "For each file: header, unit, points and range; X Y Z and X10 Y10 Z10, x y\n"
      "and u' v', CCT and Duv, dominant (or complementary) wavelength and the\n"
      "purities, Ra and R1..R15 for light sources, the photometric value of the\n"
-     "unit (illuminance, luminous intensity, luminous flux or luminance), peak,\n"
-     "centroid, FWHM and the UV, visible, IR and total integrals.\n\n"
+     "unit (illuminance, luminous intensity, luminous flux or luminance), the\n"
+     "object colour (Y = 100 for the perfect sample, L* a* b*) of transmittance\n"
+     "and reflectance, peak, centroid, FWHM and the UV, visible, IR and total\n"
+     "integrals. Everything is computed on the data's own sampling, unless\n"
+     "--compat asks for the numbers of the library's C summary functions.\n\n"
      "options:\n"
      "  --csv               one row per file after a header row\n"
      "  --json              an array of objects, one per file (UTF-8)\n"
      "  --observer 2|10     whose x, y, u', v' head the report (default 2)\n"
      "  --white E|D65|A|C   white point of the dominant wavelength (default E)\n"
      "  --illuminant D65|A|C  light under which transmittance and reflectance\n"
-     "                      are seen (default D65)\n\n"
-     "A figure that does not apply is empty in CSV and null in JSON. Files that\n"
-     "cannot be read are named on standard error with the reader's status.\n"
+     "                      are seen (default D65)\n"
+     "  --unit UNIT         what the values of two-column text are: counts,\n"
+     "                      irradiance, radiant-intensity, radiant-flux, radiance,\n"
+     "                      transmittance, reflectance\n"
+     "  --compat            the numbers of ColorimetricCalc and RadiometryCalc\n"
+     "                      exactly (their grid rules), for comparing with hosts\n"
+     "  -o OUT              write the report to OUT (replaced only when complete)\n\n"
+     "A figure that does not apply is empty in CSV and null in JSON. A file that\n"
+     "cannot be read, or holds a line that does not parse, a count or range that\n"
+     "disagrees with its data, wavelengths that do not increase, NaN or\n"
+     "infinity, an unknown unit or an emission spectrum without signal, is named\n"
+     "with its line on standard error, and the others are still analysed.\n"
+     "Negative values are a warning.\n"
      "Exit status: 0 all files analysed, 1 some failed, 2 usage error.\n",
      run_analyze},
-    {"convert", "convert a spectral file between versions 1.0 and 2.0",
-     "usage: qomath convert IN OUT --to 1|2\n\n"
-     "Reads IN (version 1.0 or 2.0) and writes OUT in version 1.0 (an even\n"
-     "wavelength grid; the wavelengths of IN must be evenly spaced) or 2.0\n"
-     "(wavelength and value pairs). Header, unit and information lines are kept.\n"
+    {"convert", "convert a spectrum to a spectral file of version 1.0 or 2.0",
+     "usage: qomath convert IN OUT --to 1|2 [--unit UNIT]\n\n"
+     "Reads IN (a spectral file of version 1.0 or 2.0, or two-column text with\n"
+     "--unit; - for standard input) and writes OUT (- for standard output) in\n"
+     "version 1.0 (an even wavelength grid; the wavelengths of IN must be evenly\n"
+     "spaced) or 2.0 (wavelength and value pairs), of any length. Header, unit\n"
+     "and information lines are kept. OUT is replaced only when complete, never\n"
+     "when it is IN.\n"
      "Exit status: 0 written, 1 read, conversion or write failed, 2 usage error.\n",
      run_convert},
     {"plot", "draw a spectrum and its colour point as SVG",
-     "usage: qomath plot FILE -o OUT.svg [--white E|D65|A|C] [--illuminant D65|A|C]\n\n"
+     "usage: qomath plot FILE -o OUT.svg [--white E|D65|A|C] [--illuminant D65|A|C]\n"
+     "                   [--unit UNIT] [--compat]\n\n"
      "Writes an SVG: the spectrum on a wavelength axis beside the CIE 1931\n"
      "chromaticity diagram (spectrum locus, purple line, Planckian locus from\n"
      "1000 K to 20000 K with 2000, 3000, 4000, 6500 and 10000 K marked) and the\n"
@@ -57,6 +77,7 @@ constexpr Command kCommands[] = {
      "The group id=\"chromaticity\" states its mapping in data attributes: x in\n"
      "[data-x-min, data-x-max] maps linearly onto [data-left, data-right] and y\n"
      "in [data-y-min, data-y-max] onto [data-bottom, data-top] (SVG user units).\n"
+     "OUT is replaced only when the picture is complete.\n"
      "Exit status: 0 written, 1 read or write failed (or no colour point), 2 usage.\n",
      run_plot},
 };

@@ -8,10 +8,14 @@
 // Whole files are written beside the target and put in place only when
 // complete (ReplacingFile). The measurement log of WriteSpectralFile2X is
 // appended to in place.
+#include <cmath>
 #include <cstdio>
+#include <string>
+#include <string_view>
 
 #include "common/barrier.hpp"
 #include "files/spectral_file.hpp"
+#include "files/spectrum_reader.hpp"
 #include "common/text_io.hpp"
 
 namespace qomath::files {
@@ -155,7 +159,67 @@ int write_log_row(const char* fileName, const SpectralRecord2& rec, const float*
     return written && closed ? 1 : -1;
 }
 
+// A text of the program's spectrum as one line: line breaks become blanks,
+// cut to `chars` characters as the record fields would cut it.
+void put_text_line(TextOut& out, std::string_view text, std::size_t chars, const char* eol)
+{
+    std::string line(text.substr(0, chars));
+    for (char& c : line)
+        if (c == '\r' || c == '\n') c = ' ';
+    out.put(line.c_str(), line.size());
+    out.put(eol);
+}
+
 }  // namespace
+
+bool format_spectral_text(const ParsedSpectrum& s, int version, std::string& text,
+                          std::string& why)
+{
+    const std::size_t n = s.values.size();
+    if (n < 2 || s.wavelengths.size() != n) {
+        why = "fewer than 2 points";
+        return false;
+    }
+    const char* eol = version == 1 ? kEolVersion1 : kEolVersion2;
+    TextOut out;
+    out.put(version == 1 ? "1.0 " : "2.0 ");
+    out.put(kSpectralMarker);
+    out.put(eol);
+    put_text_line(out, s.header, kLineBuffer - 1, eol);
+    put_text_line(out, s.unit, kUnitBuffer - 1, eol);
+    out.format("%zu%s", s.info.size(), eol);
+    for (const std::string& line : s.info) put_text_line(out, line, kInfoChars, eol);
+    if (version == 1) {
+        // An even grid: start, step, end, then the values alone.
+        const double first = s.wavelengths.front();
+        const double step = (static_cast<double>(s.wavelengths.back()) - first) / static_cast<double>(n - 1);
+        for (std::size_t i = 0; i < n; ++i) {
+            if (std::fabs(s.wavelengths[i] - (first + static_cast<double>(i) * step)) > 1e-3 * step + 1e-4) {
+                char buf[120];
+                std::snprintf(buf, sizeof buf,
+                              "the wavelengths are not evenly spaced: %g nm at point %zu",
+                              static_cast<double>(s.wavelengths[i]), i + 1);
+                why = buf;
+                return false;
+            }
+        }
+        out.format("%9.8f%s", first, eol);
+        out.format("%9.8f%s", step, eol);
+        out.format("%9.8f%s", static_cast<double>(s.wavelengths.back()), eol);
+        for (const float v : s.values) {
+            out.scientific(v, 8);
+            out.put(eol);
+        }
+    } else {
+        out.format("%.8f%s", static_cast<double>(s.wavelengths.front()), eol);
+        out.format("%zu%s", n, eol);
+        out.format("%.8f%s", static_cast<double>(s.wavelengths.back()), eol);
+        put_points(out, s.wavelengths.data(), s.values.data(), static_cast<int>(n), eol);
+    }
+    text = out.str();
+    return true;
+}
+
 }  // namespace qomath::files
 
 using namespace qomath::files;

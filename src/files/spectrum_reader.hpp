@@ -48,4 +48,12 @@ const char* unit_file_name(int code);
 bool parse_spectrum(std::string_view text, int plain_unit, ParsedSpectrum& out,
                     std::vector<Problem>& problems);
 
+// The text of a spectral file of version 1 (an even grid, CR LF) or 2 (LF)
+// holding s, formatted as the library's writers format their records but of
+// any length: header and unit whole lines, information lines cut to 49
+// characters. False, with the reason, for fewer than 2 points or, for
+// version 1, wavelengths that are not evenly spaced.
+bool format_spectral_text(const ParsedSpectrum& s, int version, std::string& text,
+                          std::string& why);
+
 }  // namespace qomath::files
