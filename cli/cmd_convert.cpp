@@ -73,10 +73,7 @@ int run_convert(std::span<char* const> args, std::FILE* out, std::FILE* err)
     if (is_an_input(outName, {in})) return usage_error(err, "the output is the input file");
 
     Spectrum s;
-    std::string messages;
-    const bool read = read_spectrum(in, plain_unit, s, messages);
-    std::fputs(messages.c_str(), err);
-    if (!read) return kExitFailed;
+    if (!read_spectrum(in, plain_unit, s, err)) return kExitFailed;
     std::string text;
     std::string why;
     if (!files::format_spectral_text(parsed(s), to, text, why)) {

@@ -268,10 +268,7 @@ int run_plot(std::span<char* const> args, std::FILE* /*out*/, std::FILE* err)
 
     if (is_an_input(outName, {in})) return usage_error(err, "the output is the input file");
     Spectrum s;
-    std::string messages;
-    const bool read = read_spectrum(in, plain_unit, s, messages);
-    std::fputs(messages.c_str(), err);
-    if (!read) return kExitFailed;
+    if (!read_spectrum(in, plain_unit, s, err)) return kExitFailed;
     Calculator calculator;
     Calculation c;
     calculate(calculator, s, calc, c);

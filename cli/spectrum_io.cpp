@@ -70,4 +70,12 @@ bool read_spectrum(const std::string& path, int plain_unit, Spectrum& s, std::st
     return ok;
 }
 
+bool read_spectrum(const std::string& path, int plain_unit, Spectrum& s, std::FILE* err)
+{
+    std::string messages;
+    const bool ok = read_spectrum(path, plain_unit, s, messages);
+    std::fputs(messages.c_str(), err);
+    return ok;
+}
+
 }  // namespace qomath::cli

@@ -3,6 +3,7 @@
 // with the library's strict reader.
 #pragma once
 
+#include <cstdio>
 #include <string>
 #include <vector>
 
@@ -30,5 +31,8 @@ std::string display_name(const std::string& path);
 // messages receives one line per error or warning, "qomath: NAME:LINE: what"
 // (warnings say "warning:").
 bool read_spectrum(const std::string& path, int plain_unit, Spectrum& s, std::string& messages);
+
+// read_spectrum with its messages printed on err.
+bool read_spectrum(const std::string& path, int plain_unit, Spectrum& s, std::FILE* err);
 
 }  // namespace qomath::cli

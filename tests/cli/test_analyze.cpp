@@ -550,7 +550,9 @@ TEST(Output, SafeWritesEverywhere)
     EXPECT_EQ(qomath("analyze -o " + tmp / "in-link.txt " + tmp / "in.txt").status, 2);
     EXPECT_EQ(qomath("convert " + tmp / "in.txt " + tmp / "in-link.txt --to 1").status, 2);
     EXPECT_EQ(fs::file_size(tmp / "in.txt"), before);
-    // A read-only folder: the write fails, nothing is left behind.
+    // A folder that cannot take the file (read-only; for root, which writes
+    // anywhere, a missing one): the write fails, nothing is left behind.
+    EXPECT_EQ(qomath("analyze -o " + tmp / "missing/r.txt " + led).status, 1);
     if (geteuid() != 0) {
         fs::create_directory(tmp / "ro");
         fs::permissions(tmp / "ro", fs::perms::owner_read | fs::perms::owner_exec);
