@@ -30,6 +30,7 @@ declare -A header=(
   [cct.h]=colorimetry [dominant.h]=colorimetry [cri.h]=colorimetry
   [photometry.h]=colorimetry [summary.h]=colorimetry [calc.h]=colorimetry
   [units.h]=files [spectral_file.h]=files [qofile.h]=files
+  [spectral_analysis.h]=files [registry.h]=files
   [straylight.h]=straylight
   [qomath.h]=cli
 )

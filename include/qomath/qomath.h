@@ -25,5 +25,7 @@
 #include "qomath/units.h"
 #include "qomath/spectral_file.h"
 #include "qomath/qofile.h"
+#include "qomath/spectral_analysis.h"
+#include "qomath/registry.h"
 
 #endif /* QOMATH_QOMATH_H */

@@ -365,6 +365,7 @@ int colorimetric(const Context& ctx, const float* wl, const float* v, int n, int
                  int illum, float* r, ObjectColour* object)
 {
     if (object) *object = ObjectColour{};
+    std::fill(r, r + QOMATH_CC_COUNT, 0.0f);
     if (!wl || !v || unit < 0 || unit >= kUnitCount) return kBadArgument;
     if (n < kMinColourPoints || !valid_spectrum(wl, v, n)) return kBadData;
     if (wl[n - 1] <= kReachLow || wl[0] >= kReachHigh) return kOutOfReach;
@@ -472,9 +473,17 @@ int radiometry(const Context& ctx, const float* wl, const float* v, int n, float
 
 }  // namespace
 
+float band_integral(std::span<const float> wl, std::span<const float> v, float lo, float hi)
+{
+    std::vector<float> bx;
+    std::vector<float> by;
+    return band_integral(wl, v, lo, hi, bx, by);
+}
+
 int radiometric(const Context& ctx, const float* wl, const float* v, int n, float lo, float hi,
                 float* r)
 {
+    std::fill(r, r + QOMATH_RC_COUNT, 0.0f);
     if (!wl || !v) return kBadArgument;
     if (n < kMinRadiometryPoints || !valid_spectrum(wl, v, n)) return kBadData;
     if (!(lo < hi)) return kBadBand;
