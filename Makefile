@@ -5,6 +5,7 @@ BUILD_BENCH ?= build-release
 BUILD_FUZZ  ?= build-fuzz
 BUILD_RELEASE ?= build-release-check
 BUILD_CLANG ?= build-clang
+BUILD_TSAN  ?= build-tsan
 FUZZ_SECONDS ?= 60
 PREFIX      ?= /usr/local
 JOBS        ?= $(shell nproc 2>/dev/null || echo 2)
@@ -16,7 +17,7 @@ MAKEFLAGS  += --no-print-directory
 CONFIGURE = cmake -DQOMATH_WERROR=ON -S . -B
 BUILD_CMD = cmake --build
 
-.PHONY: all build demo test sanitize release-check clang-check bench fuzz install data clean
+.PHONY: all build demo test sanitize tsan release-check clang-check bench fuzz install data clean
 
 all: build
 
@@ -51,6 +52,14 @@ sanitize:
 	@$(BUILD_CMD) $(BUILD_ASAN) -j $(JOBS)
 	cd $(BUILD_ASAN) && ASAN_OPTIONS=detect_leaks=1:strict_string_checks=1 \
 	  UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 ctest --output-on-failure -j $(JOBS)
+
+# The tests that run threads (the registry, the program's parallel batches)
+# built with ThreadSanitizer.
+tsan:
+	@tools/ensure-deps.sh test
+	@$(CONFIGURE) $(BUILD_TSAN) -DCMAKE_BUILD_TYPE=RelWithDebInfo -DQOMATH_TSAN=ON $(CMAKE_ARGS) >/dev/null
+	@$(BUILD_CMD) $(BUILD_TSAN) -j $(JOBS)
+	cd $(BUILD_TSAN) && TSAN_OPTIONS=halt_on_error=1 ctest --output-on-failure -j $(JOBS) -R 'Registry|Analyze|Dominant'
 
 # The optimised build with its tests: warnings that only optimisation
 # brings out (GCC's -Wrestrict, -Wstringop-*) stop it here.
@@ -95,4 +104,4 @@ data: build
 	$(BUILD)/tools/qomath_gen_examples examples
 
 clean:
-	rm -rf $(BUILD) $(BUILD_ASAN) $(BUILD_BENCH) $(BUILD_FUZZ) $(BUILD_RELEASE) $(BUILD_CLANG)
+	rm -rf $(BUILD) $(BUILD_ASAN) $(BUILD_BENCH) $(BUILD_FUZZ) $(BUILD_RELEASE) $(BUILD_CLANG) $(BUILD_TSAN)

@@ -8,6 +8,8 @@
 // derived here at compile time from the compiled-in tables.
 #include "qomath/cri.h"
 
+#include "colorimetry/cri.hpp"
+
 #include <algorithm>
 #include <array>
 #include <cfloat>
@@ -21,6 +23,7 @@
 
 #include "colorimetry/daylight.hpp"
 #include "common/barrier.hpp"
+#include "numerics/interpolation.hpp"
 #include "numerics/resample.hpp"
 #include "qomath/arrays.h"
 #include "qomath/cct.h"
@@ -31,6 +34,9 @@
 #include "qomath/tristimulus.h"
 
 namespace qomath::cri {
+
+using colorimetry::Context;
+
 namespace {
 
 constexpr std::size_t kSamples = QOMATH_CRI_SAMPLES;
@@ -453,33 +459,24 @@ bool increasing(const float* wl, int n)
     return true;
 }
 
-// A caller's spectrum on explicit wavelengths.
-struct Curve {
-    const float* wl = nullptr;
-    const float* values = nullptr;
-    int n = 0;
-};
-
-float* source(const float* p)
-{
-    return const_cast<float*>(p);  // the interpolators never write their inputs
-}
 
 constexpr int kResampleFailed = -4;
 
 // The reference on the working grid: the caller's when given with at least
 // 50 increasing points, otherwise built for cct.
-int reference_on_working_grid(const Curve& given, float cct, float* out)
+int reference_on_working_grid(const Context& ctx, const Curve& given, float cct, float* out)
 {
     if (given.wl && given.values && given.n >= 50 && increasing(given.wl, given.n))
-        return Interpolate2(source(given.wl), source(given.values), given.n,
-                            source(kWorkingWavelengths.data()), out, kWorkingPoints) == 1
+        return numerics::interpolate2(ctx.cache(), given.wl, given.values, given.n,
+                                      kWorkingWavelengths.data(), out, kWorkingPoints) == 1
                    ? 1
                    : kResampleFailed;
     return built_reference(cct, out) == 1 ? 1 : kResampleFailed;
 }
 
-int default_calc_arrays(const Curve& given_ref, const Curve& test, float cct,
+}  // namespace
+
+int default_calc_arrays(const Context& ctx, const Curve& given_ref, const Curve& test, float cct,
                         const std::array<Curve, 2>& own_samples, float* result)
 {
     const auto n = static_cast<std::size_t>(test.n);
@@ -490,14 +487,18 @@ int default_calc_arrays(const Curve& given_ref, const Curve& test, float cct,
     const std::span<float> reference = part(3), sample = part(4), product = part(5);
 
     std::array<float, kWorking + 1> ref_working{};
-    if (reference_on_working_grid(given_ref, cct, ref_working.data()) != 1) return kResampleFailed;
-    const auto onto_test = [&](const float* xs, const float* ys, int count, std::span<float> out) {
-        return Interpolate2(source(xs), source(ys), count, source(test.wl), out.data(), test.n) == 1;
+    if (reference_on_working_grid(ctx, given_ref, cct, ref_working.data()) != 1)
+        return kResampleFailed;
+    // The 2 nm tables are constant: resampled once per test grid.
+    const auto onto_test = [&](const float* xs, const float* ys, int count, std::span<float> out,
+                               bool constant) {
+        return numerics::interpolate2(ctx.cache(), xs, ys, count, test.wl, out.data(), test.n,
+                                      constant) == 1;
     };
-    if (!onto_test(kWorkingWavelengths.data(), ref_working.data(), kWorkingPoints, reference))
+    if (!onto_test(kWorkingWavelengths.data(), ref_working.data(), kWorkingPoints, reference, false))
         return kResampleFailed;
     for (std::size_t c = 0; c < 3; ++c)
-        if (!onto_test(kWorkingWavelengths.data(), kCmf2nm[c].data(), kWorkingPoints, cmf[c]))
+        if (!onto_test(kWorkingWavelengths.data(), kCmf2nm[c].data(), kWorkingPoints, cmf[c], true))
             return kResampleFailed;
 
     // X, Y, Z of a source (and of a sample under it) by the trapezoid rule
@@ -522,9 +523,9 @@ int default_calc_arrays(const Curve& given_ref, const Curve& test, float cct,
     for (std::size_t s = 0; s < kSamples; ++s) {
         const Curve own = s >= 14 ? own_samples[s - 14] : Curve{};
         const bool resampled =
-            own.n > 0 ? onto_test(own.wl, own.values, own.n, sample)
+            own.n > 0 ? onto_test(own.wl, own.values, own.n, sample, false)
                       : onto_test(kWorkingWavelengths.data(), kSamples2nm[s].data(),
-                                  kWorkingPoints, sample);
+                                  kWorkingPoints, sample, true);
         if (!resampled) return kResampleFailed;
         ref_scene.samples[s] = xyz_of(reference, sample.data());
         test_scene.samples[s] = xyz_of(test_values, sample.data());
@@ -535,7 +536,28 @@ int default_calc_arrays(const Curve& given_ref, const Curve& test, float cct,
     return 1;
 }
 
-}  // namespace
+int default_calc2(const Context& ctx, const float* ref_wl, const float* ref_values, int ref_n,
+                  const float* test_wl, const float* test_values, int test_n, float cct,
+                  const Curve& sample15, const Curve& sample16, float* result)
+{
+    if (result) std::fill_n(result, QOMATH_CRI_RESULT_CELLS, 0.0f);
+    if (!(cct >= 1000.0f && cct <= 30000.0f)) return -1;
+    if (!result || !test_wl || !test_values || test_n < 10 || !increasing(test_wl, test_n))
+        return -2;
+    const std::array<Curve, 2> own{sample15, sample16};
+    for (const Curve& c : own) {
+        if (c.n <= 0) continue;
+        // A sample of the caller's must cover the whole colorimetric range.
+        if (!c.wl || !c.values || c.n < 4 || !increasing(c.wl, c.n) ||
+            c.wl[0] > kWorkingStart || c.wl[c.n - 1] < kWorkingEnd)
+            return -3;
+    }
+    return qomath::detail::guarded(kResampleFailed, [&] {
+        return default_calc_arrays(ctx, Curve{ref_wl, ref_values, ref_n},
+                                   Curve{test_wl, test_values, test_n}, cct, own, result);
+    });
+}
+
 }  // namespace qomath::cri
 
 using namespace qomath::cri;
@@ -578,23 +600,10 @@ int CRI_DefaultCalc2X(const float* ref_wl, const float* ref_values, int ref_n,
                       const float* sample16_wl, const float* sample16_values, int sample16_n,
                       float* result)
 {
-    if (result) std::fill_n(result, QOMATH_CRI_RESULT_CELLS, 0.0f);
-    if (!(cct >= 1000.0f && cct <= 30000.0f)) return -1;
-    if (!result || !test_wl || !test_values || test_n < 10 || !increasing(test_wl, test_n))
-        return -2;
-    const std::array<Curve, 2> own{Curve{sample15_wl, sample15_values, sample15_n},
-                                   Curve{sample16_wl, sample16_values, sample16_n}};
-    for (const Curve& c : own) {
-        if (c.n <= 0) continue;
-        // A sample of the caller's must cover the whole colorimetric range.
-        if (!c.wl || !c.values || c.n < 4 || !increasing(c.wl, c.n) ||
-            c.wl[0] > kWorkingStart || c.wl[c.n - 1] < kWorkingEnd)
-            return -3;
-    }
-    return guarded(kResampleFailed, [&] {
-        return default_calc_arrays(Curve{ref_wl, ref_values, ref_n},
-                                   Curve{test_wl, test_values, test_n}, cct, own, result);
-    });
+    return default_calc2(qomath::colorimetry::compatible_context(), ref_wl, ref_values, ref_n,
+                         test_wl, test_values, test_n, cct,
+                         Curve{sample15_wl, sample15_values, sample15_n},
+                         Curve{sample16_wl, sample16_values, sample16_n}, result);
 }
 
 int CRI_DefaultCalc2(const float* ref_wl, const float* ref_values, int ref_n,

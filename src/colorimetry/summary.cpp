@@ -19,6 +19,7 @@
 #include <span>
 #include <vector>
 
+#include "colorimetry/cri.hpp"
 #include "colorimetry/photometry.hpp"
 #include "colorimetry/tristimulus.hpp"
 #include "common/barrier.hpp"
@@ -210,10 +211,10 @@ void dominant(const std::array<float, 3>& xyz, float white_x, float white_y, flo
 }
 
 // Ra and R1..R15 of an emitting source of correlated colour temperature cct.
-int rendering(const float* wl, const float* v, int n, float cct, float* r)
+int rendering(const Context& ctx, const float* wl, const float* v, int n, float cct, float* r)
 {
     std::array<float, QOMATH_CRI_RESULT_CELLS> cells{};
-    const int st = CRI_DefaultCalc2(nullptr, nullptr, 0, wl, v, n, cct, cells.data());
+    const int st = cri::default_calc2(ctx, nullptr, nullptr, 0, wl, v, n, cct, {}, {}, cells.data());
     if (st == -4) return kNoMemory;
     if (st != 1) return kOk;  // no indices for this source: they stay 0
     const std::span<const float> reported(cells.data(), kCriReported);
@@ -229,8 +230,9 @@ int illuminant_on(const Context& ctx, const Spectrum& spd, const float* wl, int 
                   std::vector<float>& out)
 {
     out.assign(static_cast<std::size_t>(n), 0.0f);
+    // The illuminants are built once per process and never change.
     const int st = numerics::interpolate2(ctx.cache(), spd.wl.data(), spd.v.data(), spd.n(), wl,
-                                          out.data(), n);
+                                          out.data(), n, true);
     if (st != 1) return st;
     for (int i = 0; i < n; ++i)
         if (wl[i] < spd.wl.front() || wl[i] > spd.wl.back()) out[static_cast<std::size_t>(i)] = 0.0f;
@@ -347,7 +349,7 @@ int colorimetry(const Context& ctx, const float* wl, const float* v, int n, int 
     dominant(xyz, wx, wy, r);
 
     if (!seen && r[QOMATH_CC_CCT] > 0.0f) {
-        st = rendering(wl, v, n, r[QOMATH_CC_CCT], r);
+        st = rendering(ctx, wl, v, n, r[QOMATH_CC_CCT], r);
         if (st != kOk) return st;
     }
     st = photometric(ctx, wl, v, n, unit, r + QOMATH_CC_PHOTOMETRIC);

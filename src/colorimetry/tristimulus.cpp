@@ -118,7 +118,7 @@ int spectrum_components(const colorimetry::Context& ctx, const float* wl, const 
     std::array<int, K> status{};
     const bool resampled_all = qomath::detail::guarded(false, [&] {
         numerics::interpolate2_many<K>(ctx.cache(), kCmfWavelengths, tables, wls, resampled,
-                                       status);
+                                       status, true);
         return true;
     });
     std::size_t good = 0;  // components before the first failure
@@ -129,7 +129,7 @@ int spectrum_components(const colorimetry::Context& ctx, const float* wl, const 
     // cache; the pass went on to the last table, so put it back.
     if (resampled_all && good + 1 < K)
         numerics::interpolate2(ctx.cache(), kCmfWavelengths.data(), tables[good].data(),
-                               kCmfPoints, wl, resampled[good].data(), n);
+                               kCmfPoints, wl, resampled[good].data(), n, true);
     return -5;
 }
 

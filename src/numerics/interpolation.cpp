@@ -7,6 +7,7 @@
 #include <array>
 #include <cmath>
 #include <cstddef>
+#include <cstdint>
 #include <span>
 #include <vector>
 
@@ -53,6 +54,52 @@ struct Interpolate2State::Data {
         std::copy(x_dst.begin(), x_dst.end(), dst_wavelengths.begin());
         n_src = static_cast<int>(y_src.size());
         n_dst = static_cast<int>(x_dst.size());
+    }
+
+    // Constant tables (the CIE functions, illuminants, test colours) already
+    // resampled onto a destination grid, keyed on the grid's wavelengths and
+    // the mode: values before the clamp, and the status of their call. At
+    // most kGrids grids are kept, the least recently used going first.
+    struct Table {
+        const float* xs;
+        const float* ys;
+        std::size_t ns;
+        int status;
+        std::vector<float> values;
+    };
+    struct Grid {
+        std::vector<float> xd;
+        bool linear = false;
+        std::uint64_t used = 0;
+        std::vector<Table> tables;
+        const Table* find(std::span<const float> xs, std::span<const float> ys) const
+        {
+            for (const Table& t : tables)
+                if (t.ys == ys.data() && t.xs == xs.data() && t.ns == ys.size()) return &t;
+            return nullptr;
+        }
+    };
+    static constexpr std::size_t kGrids = 4;
+    std::vector<Grid> grids;
+    std::uint64_t clock = 0;
+
+    Grid& grid(std::span<const float> xd)
+    {
+        Grid* lru = nullptr;
+        for (Grid& g : grids) {
+            if (g.linear == linear && g.xd.size() == xd.size() &&
+                std::equal(xd.begin(), xd.end(), g.xd.begin())) {
+                g.used = ++clock;
+                return g;
+            }
+            if (!lru || g.used < lru->used) lru = &g;
+        }
+        if (grids.size() < kGrids) lru = &grids.emplace_back();
+        lru->xd.assign(xd.begin(), xd.end());
+        lru->linear = linear;
+        lru->tables.clear();
+        lru->used = ++clock;
+        return *lru;
     }
 };
 
@@ -232,7 +279,8 @@ Interpolate2State& process_interpolation_state()
 template <std::size_t K>
 void interpolate2_many(Interpolate2State& st, std::span<const float> xs,
                        const std::array<std::span<const float>, K>& ys, std::span<const float> xd,
-                       const std::array<std::span<float>, K>& yd, std::array<int, K>& status)
+                       const std::array<std::span<float>, K>& yd, std::array<int, K>& status,
+                       bool constant_tables)
 {
     Interpolate2State::Data& cache = st.data();
     if (xs.size() < 4 || xd.size() < 4) {
@@ -248,10 +296,30 @@ void interpolate2_many(Interpolate2State& st, std::span<const float> xs,
         // source wavelengths): take the calls one by one.
         for (std::size_t j = 0; j < K; ++j) {
             std::array<int, 1> one{};
-            interpolate2_many<1>(st, xs, {ys[j]}, xd, {yd[j]}, one);
+            interpolate2_many<1>(st, xs, {ys[j]}, xd, {yd[j]}, one, constant_tables);
             status[j] = one[0];
         }
         return;
+    }
+    using Grid = Interpolate2State::Data::Grid;
+    Grid* grid = nullptr;
+    if (constant_tables && !cache.holds(ys[0], xd)) {
+        grid = &cache.grid(xd);
+        std::array<const Interpolate2State::Data::Table*, K> known{};
+        bool all = true;
+        for (std::size_t j = 0; j < K; ++j) all = all && (known[j] = grid->find(xs, ys[j])) != nullptr;
+        if (all) {
+            // What the calls would compute, and the key and result they
+            // would leave behind.
+            cache.remember_key(ys[K - 1], xd);
+            for (std::size_t j = 0; j < K; ++j) {
+                std::copy(known[j]->values.begin(), known[j]->values.end(), yd[j].begin());
+                status[j] = known[j]->status;
+            }
+            std::copy(yd[K - 1].begin(), yd[K - 1].end(), cache.result.begin());
+            for (std::size_t j = 0; j < K; ++j) clamp_negative(ys[j], yd[j]);
+            return;
+        }
     }
     if (K == 1 && cache.holds(ys[0], xd)) {
         // The key is the source values and the destination wavelengths only:
@@ -274,26 +342,31 @@ void interpolate2_many(Interpolate2State& st, std::span<const float> xs,
             status[j] = hit ? 1 : computed;
         }
         std::copy(yd[K - 1].begin(), yd[K - 1].end(), cache.result.begin());
+        if (grid)
+            for (std::size_t j = 0; j < K; ++j)
+                if (!grid->find(xs, ys[j]))
+                    grid->tables.push_back({xs.data(), ys[j].data(), ys[j].size(), status[j],
+                                            std::vector<float>(yd[j].begin(), yd[j].end())});
     }
     for (std::size_t j = 0; j < K; ++j) clamp_negative(ys[j], yd[j]);
 }
 
-template void interpolate2_many<1>(Interpolate2State&, std::span<const float>, const std::array<std::span<const float>, 1>&,
-                                   std::span<const float>, const std::array<std::span<float>, 1>&,
-                                   std::array<int, 1>&);
-template void interpolate2_many<3>(Interpolate2State&, std::span<const float>, const std::array<std::span<const float>, 3>&,
-                                   std::span<const float>, const std::array<std::span<float>, 3>&,
-                                   std::array<int, 3>&);
+template void interpolate2_many<1>(Interpolate2State&, std::span<const float>,
+                                   const std::array<std::span<const float>, 1>&, std::span<const float>,
+                                   const std::array<std::span<float>, 1>&, std::array<int, 1>&, bool);
+template void interpolate2_many<3>(Interpolate2State&, std::span<const float>,
+                                   const std::array<std::span<const float>, 3>&, std::span<const float>,
+                                   const std::array<std::span<float>, 3>&, std::array<int, 3>&, bool);
 
 int interpolate2(Interpolate2State& state, const float* xSrc, const float* ySrc, int nSrc,
-                 const float* xDst, float* yDst, int nDst)
+                 const float* xDst, float* yDst, int nDst, bool constant_table)
 {
     return qomath::detail::guarded(-4, [&] {
         if (!xSrc || !ySrc || !xDst || !yDst) return -1;
         std::array<int, 1> status{};
         interpolate2_many<1>(state, cspan(xSrc, std::max(nSrc, 0)), {cspan(ySrc, std::max(nSrc, 0))},
                              cspan(xDst, std::max(nDst, 0)), {mspan(yDst, std::max(nDst, 0))},
-                             status);
+                             status, constant_table);
         return status[0];
     });
 }
