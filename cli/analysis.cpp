@@ -71,7 +71,10 @@ void calculate(Calculator& calc, const Spectrum& s, const CalcOptions& opt, Calc
     const colorimetry::Context& ctx = opt.compat ? colorimetry::compatible_context() : calc.context;
     std::fill(std::begin(out.cc), std::end(out.cc), 0.0f);
     std::fill(std::begin(out.rc), std::end(out.rc), 0.0f);
-    const std::lock_guard<std::mutex> hold(calculation_lock());
+    // The compatible context shares the library's process-wide interpolation
+    // cache; a worker's own context needs no lock.
+    std::unique_lock<std::mutex> hold(calculation_lock(), std::defer_lock);
+    if (opt.compat) hold.lock();
     out.cc_status = summary::colorimetric(ctx, s.wavelengths.data(), s.values.data(), n,
                                           s.unit_code, opt.white, opt.illuminant, out.cc,
                                           &out.object);

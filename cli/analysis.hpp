@@ -45,9 +45,8 @@ struct Calculator {
     colorimetry::Context context{colorimetry::Sampling::data, &cache};
 };
 
-// The colour rendering index and the compatible context still go through
-// the library's process-wide interpolation cache: the calculations hold
-// this lock.
+// The compatible context goes through the library's process-wide
+// interpolation cache: calculations on it hold this lock.
 std::mutex& calculation_lock();
 
 // The colorimetric and radiometric summaries of s (the C++ layer of

@@ -5,6 +5,9 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <chrono>
+#include <cstdint>
+#include <cstdlib>
 #include <atomic>
 #include <condition_variable>
 #include <cstring>
@@ -32,15 +35,17 @@ struct Options {
     Format format = Format::text;
     int observer = 2;
     int plain_unit = -1;  // --unit, for plain two-column text
+    unsigned jobs = 0;    // --jobs; 0: every core
     std::string output;   // -o; empty: standard output
     CalcOptions calc;
 };
 
-struct Item {
-    std::string path;
+// One analysed file on its way to the output.
+struct Result {
     std::string out;  // for standard output
     std::string err;  // for standard error
     bool failed = false;
+    std::size_t index = SIZE_MAX;  // the input it holds, once complete
 };
 
 // ---- what applies ----------------------------------------------------------
@@ -354,18 +359,21 @@ struct Worker {
     Calculation calc;
 };
 
-void analyse(Item& it, Worker& w, const Options& opt)
+void analyse(const std::string& path, Result& it, Worker& w, const Options& opt)
 {
-    if (!read_spectrum(it.path, opt.plain_unit, w.s, it.err)) {
+    it.out.clear();
+    it.err.clear();
+    it.failed = false;
+    if (!read_spectrum(path, opt.plain_unit, w.s, it.err)) {
         it.failed = true;
         return;
     }
     calculate(w.calculator, w.s, opt.calc, w.calc);
     if (w.calc.cc_status != 1)
-        it.err += "qomath: " + display_name(it.path) + ": no colorimetry (status " +
+        it.err += "qomath: " + display_name(path) + ": no colorimetry (status " +
                   std::to_string(w.calc.cc_status) + ": " +
                   colorimetry_status_meaning(w.calc.cc_status) + ")\n";
-    const std::vector<Field> f = fields_of(it.path, w.s, w.calc, opt);
+    const std::vector<Field> f = fields_of(path, w.s, w.calc, opt);
     switch (opt.format) {
     case Format::csv: it.out = csv_row(f); break;
     case Format::json: it.out = json_object(f, w.s); break;
@@ -375,14 +383,14 @@ void analyse(Item& it, Worker& w, const Options& opt)
 
 // Expands folders into their regular files, sorted by name. A folder that
 // cannot be listed is an error message in errors.
-std::vector<Item> expand(const std::vector<std::string>& args, std::vector<std::string>& errors)
+std::vector<std::string> expand(const std::vector<std::string>& args, std::vector<std::string>& errors)
 {
     namespace fs = std::filesystem;
-    std::vector<Item> items;
+    std::vector<std::string> items;
     for (const std::string& a : args) {
         std::error_code ec;
         if (a == "-" || !fs::is_directory(fs::path(a), ec)) {
-            items.push_back({a, {}, {}, false});
+            items.push_back(a);
             continue;
         }
         std::vector<std::string> names;
@@ -398,15 +406,52 @@ std::vector<Item> expand(const std::vector<std::string>& args, std::vector<std::
         }
         std::sort(names.begin(), names.end());
         const std::string dir = (a.empty() || a.back() == '/') ? a : a + "/";
-        for (std::string& n : names) items.push_back({dir + n, {}, {}, false});
+        for (std::string& n : names) items.push_back(dir + n);
     }
     return items;
 }
 
+// A progress line on standard error when it is a terminal: files done, files
+// per second and the time left, at most five times a second.
+class Progress {
+public:
+    Progress(std::FILE* err, std::size_t total)
+        : err_(err), total_(total), on_(total > 1 && isatty(fileno(err))),
+          start_(std::chrono::steady_clock::now()), last_(start_)
+    {
+    }
+    void done(std::size_t count)
+    {
+        if (!on_) return;
+        const auto now = std::chrono::steady_clock::now();
+        if (count < total_ && now - last_ < std::chrono::milliseconds(200)) return;
+        last_ = now;
+        const double seconds = std::chrono::duration<double>(now - start_).count();
+        const double rate = seconds > 0 ? static_cast<double>(count) / seconds : 0.0;
+        const double left = rate > 0 ? static_cast<double>(total_ - count) / rate : 0.0;
+        std::fprintf(err_, "\r\033[Kqomath analyze: %zu/%zu files, %.0f files/s, %.0f s left", count,
+                     total_, rate, left);
+        std::fflush(err_);
+        shown_ = true;
+    }
+    void clear()
+    {
+        if (shown_) std::fputs("\r\033[K", err_);
+        shown_ = false;
+    }
+
+private:
+    std::FILE* err_;
+    std::size_t total_;
+    bool on_;
+    bool shown_ = false;
+    std::chrono::steady_clock::time_point start_, last_;
+};
+
 constexpr std::string_view kUsageLine =
     "usage: qomath analyze [--csv | --json] [--observer 2|10] [--white E|D65|A|C]\n"
     "                      [--illuminant D65|A|C] [--unit UNIT] [--compat] [-o OUT]\n"
-    "                      FILE|FOLDER|-...\n";
+    "                      [--jobs N] FILE|FOLDER|-...\n";
 
 int usage_error(std::FILE* err, const std::string& what)
 {
@@ -435,7 +480,8 @@ int run_analyze(std::span<char* const> args, std::FILE* out, std::FILE* err)
         std::string value;
         const bool takes_value = a.rfind("--observer", 0) == 0 || a.rfind("--white", 0) == 0 ||
                                  a.rfind("--illuminant", 0) == 0 || a.rfind("--unit", 0) == 0 ||
-                                 a == "-o" || a.rfind("--output", 0) == 0;
+                                 a == "-o" || a.rfind("--output", 0) == 0 ||
+                                 a.rfind("--jobs", 0) == 0 || a == "-j";
         if (takes_value) {
             const auto eq = a.find('=');
             if (eq != std::string::npos) {
@@ -451,6 +497,12 @@ int run_analyze(std::span<char* const> args, std::FILE* out, std::FILE* err)
             opt.format = Format::csv;
         } else if (a == "--compat") {
             opt.calc.compat = true;
+        } else if (a == "--jobs" || a == "-j") {
+            char* end = nullptr;
+            const long j = std::strtol(value.c_str(), &end, 10);
+            if (value.empty() || *end != '\0' || j < 1 || j > 1024)
+                return usage_error(err, "--jobs takes a number of threads from 1 to 1024");
+            opt.jobs = static_cast<unsigned>(j);
         } else if (a == "-o" || a == "--output") {
             if (value.empty()) return usage_error(err, "-o needs a file name");
             opt.output = value == "-" ? std::string() : value;
@@ -494,38 +546,46 @@ int run_analyze(std::span<char* const> args, std::FILE* out, std::FILE* err)
     out = sink.file();
 
     std::vector<std::string> list_errors;
-    std::vector<Item> items = expand(paths, list_errors);
+    const std::vector<std::string> items = expand(paths, list_errors);
     bool failed = !list_errors.empty();
     for (const std::string& e : list_errors) std::fputs(e.c_str(), err);
 
+    // Workers take the files in order and may run at most `window` files
+    // ahead of the output, so a batch of any length holds at most `window`
+    // results at once (besides the list of names).
     const std::size_t n = items.size();
-    unsigned cores = std::thread::hardware_concurrency();
+    unsigned cores = opt.jobs ? opt.jobs : std::thread::hardware_concurrency();
     if (cores == 0) cores = 2;
-    const std::size_t nthreads = std::min<std::size_t>(cores, n);
-
-    std::mutex ready_mutex;
-    std::condition_variable ready_cv;
-    std::vector<char> ready(n, 0);
+    const std::size_t nthreads = std::max<std::size_t>(1, std::min<std::size_t>(cores, n));
+    const std::size_t window = 16 * nthreads;
+    std::vector<Result> ring(window);
+    std::mutex m;
+    std::condition_variable ready_cv, room_cv;
+    std::size_t printed = 0;
     std::atomic<std::size_t> next{0};
     auto work = [&]() {
         auto w = std::make_unique<Worker>();
         for (;;) {
             const std::size_t i = next.fetch_add(1);
             if (i >= n) break;
-            analyse(items[i], *w, opt);
             {
-                const std::lock_guard<std::mutex> hold(ready_mutex);
-                ready[i] = 1;
+                std::unique_lock<std::mutex> lock(m);
+                room_cv.wait(lock, [&] { return i < printed + window; });
             }
-            ready_cv.notify_one();
+            Result& r = ring[i % window];
+            analyse(items[i], r, *w, opt);
+            {
+                const std::lock_guard<std::mutex> lock(m);
+                r.index = i;
+            }
+            ready_cv.notify_all();
         }
     };
     std::vector<std::thread> pool;
     pool.reserve(nthreads);
     for (std::size_t t = 0; t < nthreads; ++t) pool.emplace_back(work);
 
-    const bool progress = n > 200 && isatty(fileno(err));
-    std::size_t shown = 0;
+    Progress progress(err, n);
     if (opt.format == Format::csv) {
         const std::string h = csv_header();
         std::fwrite(h.data(), 1, h.size(), out);
@@ -533,13 +593,13 @@ int run_analyze(std::span<char* const> args, std::FILE* out, std::FILE* err)
     if (opt.format == Format::json) std::fputs("[\n", out);
     bool first_object = true;
     for (std::size_t i = 0; i < n; ++i) {
+        Result& it = ring[i % window];
         {
-            std::unique_lock<std::mutex> lock(ready_mutex);
-            ready_cv.wait(lock, [&] { return ready[i] != 0; });
+            std::unique_lock<std::mutex> lock(m);
+            ready_cv.wait(lock, [&] { return it.index == i; });
         }
-        Item& it = items[i];
         if (!it.err.empty()) {
-            if (progress) std::fputs("\r\033[K", err);
+            progress.clear();
             std::fputs(it.err.c_str(), err);
         }
         if (it.failed) {
@@ -551,15 +611,14 @@ int run_analyze(std::span<char* const> args, std::FILE* out, std::FILE* err)
             }
             std::fwrite(it.out.data(), 1, it.out.size(), out);
         }
-        std::string().swap(it.out);
-        std::string().swap(it.err);
-        if (progress && (i + 1 == n || (i + 1) * 100 / n != shown * 100 / n)) {
-            shown = i + 1;
-            std::fprintf(err, "\rqomath analyze: %zu/%zu files (%zu%%)", shown, n, shown * 100 / n);
-            std::fflush(err);
+        {
+            const std::lock_guard<std::mutex> lock(m);
+            printed = i + 1;
         }
+        room_cv.notify_all();
+        progress.done(i + 1);
     }
-    if (progress) std::fputs("\r\033[K", err);
+    progress.clear();
     if (opt.format == Format::json) std::fputs(first_object ? "]\n" : "\n]\n", out);
     for (std::thread& t : pool) t.join();
     if (!sink.finish(err)) failed = true;

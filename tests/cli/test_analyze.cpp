@@ -570,6 +570,42 @@ TEST(Output, SafeWritesEverywhere)
         EXPECT_EQ(e.path().filename().string().find(".tmp"), std::string::npos) << e.path();
 }
 
+TEST(Analyze, SameOutputForEveryNumberOfJobs)
+{
+    // A mixed batch: emitters, a filter, failing files, and spectra whose
+    // values equal an earlier file's on other wavelengths.
+    Scratch tmp("jobs");
+    std::vector<double> wl, v, shifted;
+    for (int i = 0; i <= 80; ++i) {
+        wl.push_back(380 + 5 * i);
+        shifted.push_back(382 + 5 * i);
+        v.push_back(1.0 + std::exp(-0.5 * std::pow((380 + 5 * i - 450) / 12.0, 2)));
+    }
+    for (int k = 0; k < 60; ++k) {
+        char name[32];
+        std::snprintf(name, sizeof name, "f%02d.txt", k);
+        if (k % 7 == 3)
+            std::ofstream(tmp / name) << "broken\n";
+        else if (k % 5 == 1)
+            fs::copy_file(kExamples + "/red_filter_v2.txt", tmp / name);
+        else
+            v2_file(tmp / name, "Irradiance", k % 2 ? shifted : wl, v);
+    }
+    const Outcome one = qomath("analyze --csv --jobs 1 " + tmp.dir.string(), false);
+    EXPECT_EQ(one.status, 1);
+    for (const char* jobs : {"2", "8"})
+        EXPECT_EQ(qomath(std::string("analyze --csv --jobs ") + jobs + " " + tmp.dir.string(), false).out, one.out)
+            << jobs;
+    const Csv c = parse_csv(one.out);
+    ASSERT_EQ(c.rows.size(), 60u - 9u);
+    const auto* a = row_of(c, "f00.txt");
+    const auto* b = row_of(c, "f05.txt");  // the same values 2 nm further on
+    ASSERT_TRUE(a && b);
+    EXPECT_NE(a->at("peak_wavelength_nm"), b->at("peak_wavelength_nm"));
+    EXPECT_NEAR(std::stod(b->at("peak_wavelength_nm")) - std::stod(a->at("peak_wavelength_nm")), 2.0, 1e-4);
+    EXPECT_EQ(qomath("analyze --jobs 0 " + tmp.dir.string()).status, 2);
+}
+
 TEST(Analyze, ManyFilesInInputOrder)
 {
     Scratch tmp("many");
