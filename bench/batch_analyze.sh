@@ -39,10 +39,23 @@ awk -v n="$n" -v dir="$dir" 'BEGIN {
     }
 }'
 
-start=$(date +%s.%N)
-"$prog" analyze --csv "$dir" > /dev/null
-end=$(date +%s.%N)
-awk -v n="$n" -v s="$start" -v e="$end" 'BEGIN {
-    t = e - s
-    printf "%d files in %.3f s: %.0f files per second\n", n, t, n / t
-}'
+run() {  # LABEL ARGS...
+    local label=$1; shift
+    local start end
+    start=$(date +%s.%N)
+    "$prog" analyze "$@" "$dir" > /dev/null 2> "$dir.stages"
+    end=$(date +%s.%N)
+    awk -v n="$n" -v s="$start" -v e="$end" -v l="$label" 'BEGIN {
+        t = e - s
+        printf "%-34s %d files in %.3f s: %.0f files per second\n", l, n, t, n / t
+    }'
+    sed -n 's/^  /    /p' "$dir.stages"
+    rm -f "$dir.stages"
+}
+trap 'rm -rf "$dir" "$dir.stages"' EXIT
+
+# The yardstick first: reading and parsing alone, then the whole job on all
+# cores and on one.
+run "read and parse only (--check)" --check --stage-times
+run "analyze --csv" --csv --stage-times
+run "analyze --csv --jobs 1" --csv --jobs 1 --stage-times

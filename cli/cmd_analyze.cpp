@@ -29,13 +29,15 @@
 namespace qomath::cli {
 namespace {
 
-enum class Format { text, csv, json };
+enum class Format { text, csv, json, none };
 
 struct Options {
     Format format = Format::text;
     int observer = 2;
     int plain_unit = -1;  // --unit, for plain two-column text
     unsigned jobs = 0;    // --jobs; 0: every core
+    bool check_only = false;   // --check: read and parse, report nothing
+    bool stage_times = false;  // --stage-times: where the time went, on standard error
     std::string output;   // -o; empty: standard output
     CalcOptions calc;
 };
@@ -353,10 +355,36 @@ std::string text_report(const std::vector<Field>& f, const Spectrum& s, const Ca
 
 // ---- the batch --------------------------------------------------------------
 
+// Time spent in each stage, summed over the files of a worker.
+struct StageTimes {
+    double read = 0, parse = 0, calculate = 0, format = 0;
+    StageTimes& operator+=(const StageTimes& o)
+    {
+        read += o.read, parse += o.parse, calculate += o.calculate, format += o.format;
+        return *this;
+    }
+};
+
+class Stopwatch {
+public:
+    double lap()
+    {
+        const auto now = std::chrono::steady_clock::now();
+        const double s = std::chrono::duration<double>(now - last_).count();
+        last_ = now;
+        return s;
+    }
+
+private:
+    std::chrono::steady_clock::time_point last_ = std::chrono::steady_clock::now();
+};
+
 struct Worker {
     Calculator calculator;
+    std::string buffer;  // the file's bytes, reused from file to file
     Spectrum s;
     Calculation calc;
+    StageTimes times;
 };
 
 void analyse(const std::string& path, Result& it, Worker& w, const Options& opt)
@@ -364,11 +392,24 @@ void analyse(const std::string& path, Result& it, Worker& w, const Options& opt)
     it.out.clear();
     it.err.clear();
     it.failed = false;
-    if (!read_spectrum(path, opt.plain_unit, w.s, it.err)) {
+    Stopwatch clock;
+    std::string why;
+    const bool read = read_file(path, w.buffer, why);
+    w.times.read += clock.lap();
+    if (!read) {
+        it.err = "qomath: " + display_name(path) + ": cannot read (" + why + ")\n";
         it.failed = true;
         return;
     }
+    const bool parsed = parse_input(path, w.buffer, opt.plain_unit, w.s, it.err);
+    w.times.parse += clock.lap();
+    if (!parsed) {
+        it.failed = true;
+        return;
+    }
+    if (opt.check_only) return;
     calculate(w.calculator, w.s, opt.calc, w.calc);
+    w.times.calculate += clock.lap();
     if (w.calc.cc_status != 1)
         it.err += "qomath: " + display_name(path) + ": no colorimetry (status " +
                   std::to_string(w.calc.cc_status) + ": " +
@@ -378,7 +419,9 @@ void analyse(const std::string& path, Result& it, Worker& w, const Options& opt)
     case Format::csv: it.out = csv_row(f); break;
     case Format::json: it.out = json_object(f, w.s); break;
     case Format::text: it.out = text_report(f, w.s, w.calc, opt); break;
+    case Format::none: break;
     }
+    w.times.format += clock.lap();
 }
 
 // Expands folders into their regular files, sorted by name. A folder that
@@ -451,7 +494,7 @@ private:
 constexpr std::string_view kUsageLine =
     "usage: qomath analyze [--csv | --json] [--observer 2|10] [--white E|D65|A|C]\n"
     "                      [--illuminant D65|A|C] [--unit UNIT] [--compat] [-o OUT]\n"
-    "                      [--jobs N] FILE|FOLDER|-...\n";
+    "                      [--jobs N] [--check] [--stage-times] FILE|FOLDER|-...\n";
 
 int usage_error(std::FILE* err, const std::string& what)
 {
@@ -497,6 +540,10 @@ int run_analyze(std::span<char* const> args, std::FILE* out, std::FILE* err)
             opt.format = Format::csv;
         } else if (a == "--compat") {
             opt.calc.compat = true;
+        } else if (a == "--check") {
+            opt.check_only = true;
+        } else if (a == "--stage-times") {
+            opt.stage_times = true;
         } else if (a == "--jobs" || a == "-j") {
             char* end = nullptr;
             const long j = std::strtol(value.c_str(), &end, 10);
@@ -545,8 +592,10 @@ int run_analyze(std::span<char* const> args, std::FILE* out, std::FILE* err)
     }
     out = sink.file();
 
+    Stopwatch wall;
     std::vector<std::string> list_errors;
     const std::vector<std::string> items = expand(paths, list_errors);
+    const double list_seconds = wall.lap();
     bool failed = !list_errors.empty();
     for (const std::string& e : list_errors) std::fputs(e.c_str(), err);
 
@@ -563,8 +612,19 @@ int run_analyze(std::span<char* const> args, std::FILE* out, std::FILE* err)
     std::condition_variable ready_cv, room_cv;
     std::size_t printed = 0;
     std::atomic<std::size_t> next{0};
+    StageTimes total_times;
     auto work = [&]() {
         auto w = std::make_unique<Worker>();
+        struct Merge {
+            std::unique_ptr<Worker>& w;
+            std::mutex& m;
+            StageTimes& total;
+            ~Merge()
+            {
+                const std::lock_guard<std::mutex> lock(m);
+                total += w->times;
+            }
+        } merge{w, m, total_times};
         for (;;) {
             const std::size_t i = next.fetch_add(1);
             if (i >= n) break;
@@ -586,6 +646,8 @@ int run_analyze(std::span<char* const> args, std::FILE* out, std::FILE* err)
     for (std::size_t t = 0; t < nthreads; ++t) pool.emplace_back(work);
 
     Progress progress(err, n);
+    double write_seconds = 0;
+    if (opt.check_only) opt.format = Format::none;
     if (opt.format == Format::csv) {
         const std::string h = csv_header();
         std::fwrite(h.data(), 1, h.size(), out);
@@ -609,7 +671,9 @@ int run_analyze(std::span<char* const> args, std::FILE* out, std::FILE* err)
                 if (!first_object) std::fputs(",\n", out);
                 first_object = false;
             }
+            Stopwatch w;
             std::fwrite(it.out.data(), 1, it.out.size(), out);
+            write_seconds += w.lap();
         }
         {
             const std::lock_guard<std::mutex> lock(m);
@@ -621,6 +685,16 @@ int run_analyze(std::span<char* const> args, std::FILE* out, std::FILE* err)
     progress.clear();
     if (opt.format == Format::json) std::fputs(first_object ? "]\n" : "\n]\n", out);
     for (std::thread& t : pool) t.join();
+    if (opt.stage_times) {
+        const double elapsed = wall.lap() + list_seconds;
+        std::fprintf(err,
+                     "qomath analyze: %zu files in %.3f s on %zu threads: %.0f files/s\n"
+                     "  stage seconds (summed over threads): list %.3f, read %.3f, parse %.3f, "
+                     "calculate %.3f, format %.3f, write %.3f\n",
+                     n, elapsed, nthreads, elapsed > 0 ? static_cast<double>(n) / elapsed : 0.0,
+                     list_seconds, total_times.read, total_times.parse, total_times.calculate,
+                     total_times.format, write_seconds);
+    }
     if (!sink.finish(err)) failed = true;
     return failed ? kExitFailed : kExitOk;
 }

@@ -3,15 +3,13 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <cstdint>
 #include <filesystem>
 
 #include "text.hpp"
 
 namespace qomath::cli {
-namespace {
-
-// The whole content of a file or of standard input; false with errno's text.
-bool slurp(const std::string& path, std::string& data, std::string& why)
+bool read_file(const std::string& path, std::string& data, std::string& why)
 {
     std::error_code ec;
     if (path != "-" && std::filesystem::is_directory(path, ec)) {
@@ -24,50 +22,69 @@ bool slurp(const std::string& path, std::string& data, std::string& why)
         return false;
     }
     data.clear();
-    char buf[1 << 16];
+    // A regular file in one read of its size; standard input and anything
+    // that grows in pieces.
+    const auto size = path == "-" ? std::uintmax_t{0} : std::filesystem::file_size(path, ec);
     std::size_t got = 0;
-    while ((got = std::fread(buf, 1, sizeof buf, f)) > 0) data.append(buf, got);
+    if (!ec && size > 0 && size < (std::uintmax_t{1} << 32)) {
+        data.resize(static_cast<std::size_t>(size));
+        got = std::fread(data.data(), 1, data.size(), f);
+        data.resize(got);
+    }
+    if (got == data.size() && !std::ferror(f)) {
+        char buf[1 << 16];
+        while ((got = std::fread(buf, 1, sizeof buf, f)) > 0) data.append(buf, got);
+    }
     const bool ok = !std::ferror(f);
     if (!ok) why = std::strerror(errno);
     if (f != stdin) std::fclose(f);
     return ok;
 }
 
-}  // namespace
-
 std::string display_name(const std::string& path)
 {
     return path == "-" ? std::string("standard input") : printable(path);
 }
 
-bool read_spectrum(const std::string& path, int plain_unit, Spectrum& s, std::string& messages)
+bool parse_input(const std::string& path, std::string_view text, int plain_unit, Spectrum& s,
+                 std::string& messages)
 {
-    s = Spectrum{};
-    std::string data;
-    std::string why;
-    const std::string name = display_name(path);
-    if (!slurp(path, data, why)) {
-        messages += "qomath: " + name + ": cannot read (" + why + ")\n";
-        return false;
-    }
     files::ParsedSpectrum p;
     std::vector<files::Problem> problems;
-    const bool ok = files::parse_spectrum(data, plain_unit, p, problems);
+    const bool ok = files::parse_spectrum(text, plain_unit, p, problems);
+    const std::string name = display_name(path);
     for (const files::Problem& x : problems) {
-        messages += "qomath: " + name;
-        if (x.line > 0) messages += ":" + std::to_string(x.line);
+        messages += "qomath: ";
+        messages += name;
+        if (x.line > 0) {
+            messages += ':';
+            messages += std::to_string(x.line);
+        }
         messages += x.error ? ": " : ": warning: ";
-        messages += printable(cp1252_to_utf8(x.what)) + "\n";
+        messages += printable(cp1252_to_utf8(x.what));
+        messages += '\n';
     }
     s.version = static_cast<float>(p.version);
     s.plain = p.plain;
     s.header = std::string(trim_right(p.header));
     s.unit = std::string(trim_right(p.unit));
     s.unit_code = p.unit_code < 0 ? 0 : p.unit_code;
+    s.info.clear();
     for (const std::string& i : p.info) s.info.emplace_back(trim_right(i));
     s.wavelengths = std::move(p.wavelengths);
     s.values = std::move(p.values);
     return ok;
+}
+
+bool read_spectrum(const std::string& path, int plain_unit, Spectrum& s, std::string& messages)
+{
+    std::string data;
+    std::string why;
+    if (!read_file(path, data, why)) {
+        messages += "qomath: " + display_name(path) + ": cannot read (" + why + ")\n";
+        return false;
+    }
+    return parse_input(path, data, plain_unit, s, messages);
 }
 
 bool read_spectrum(const std::string& path, int plain_unit, Spectrum& s, std::FILE* err)

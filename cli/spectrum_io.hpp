@@ -5,6 +5,7 @@
 
 #include <cstdio>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "files/spectrum_reader.hpp"
@@ -25,6 +26,13 @@ struct Spectrum {
 
 // The name a path is reported under ("standard input" for "-").
 std::string display_name(const std::string& path);
+
+// The whole content of a file ("-": standard input) into data (reused);
+// false with the reason.
+bool read_file(const std::string& path, std::string& data, std::string& why);
+// Parses a file's content (read_file) into s; messages as read_spectrum's.
+bool parse_input(const std::string& path, std::string_view text, int plain_unit, Spectrum& s,
+                 std::string& messages);
 
 // Reads path ("-": standard input) into s. plain_unit is the unit code for
 // plain two-column text (-1: none). Returns true when there was no error;
