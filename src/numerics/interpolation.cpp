@@ -65,7 +65,8 @@ struct Interpolate2State::Data {
         const float* ys;
         std::size_t ns;
         int status;
-        std::vector<float> values;
+        std::vector<float> values;   // as computed (what the cache's result holds)
+        std::vector<float> clamped;  // as returned
     };
     struct Grid {
         std::vector<float> xd;
@@ -313,11 +314,10 @@ void interpolate2_many(Interpolate2State& st, std::span<const float> xs,
             // would leave behind.
             cache.remember_key(ys[K - 1], xd);
             for (std::size_t j = 0; j < K; ++j) {
-                std::copy(known[j]->values.begin(), known[j]->values.end(), yd[j].begin());
+                std::copy(known[j]->clamped.begin(), known[j]->clamped.end(), yd[j].begin());
                 status[j] = known[j]->status;
             }
-            std::copy(yd[K - 1].begin(), yd[K - 1].end(), cache.result.begin());
-            for (std::size_t j = 0; j < K; ++j) clamp_negative(ys[j], yd[j]);
+            std::copy(known[K - 1]->values.begin(), known[K - 1]->values.end(), cache.result.begin());
             return;
         }
     }
@@ -346,9 +346,13 @@ void interpolate2_many(Interpolate2State& st, std::span<const float> xs,
             for (std::size_t j = 0; j < K; ++j)
                 if (!grid->find(xs, ys[j]))
                     grid->tables.push_back({xs.data(), ys[j].data(), ys[j].size(), status[j],
-                                            std::vector<float>(yd[j].begin(), yd[j].end())});
+                                            std::vector<float>(yd[j].begin(), yd[j].end()), {}});
     }
     for (std::size_t j = 0; j < K; ++j) clamp_negative(ys[j], yd[j]);
+    if (grid)
+        for (auto& t : grid->tables)
+            for (std::size_t j = 0; j < K; ++j)
+                if (t.ys == ys[j].data() && t.clamped.empty()) t.clamped.assign(yd[j].begin(), yd[j].end());
 }
 
 template void interpolate2_many<1>(Interpolate2State&, std::span<const float>,
