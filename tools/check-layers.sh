@@ -30,7 +30,8 @@ declare -A header=(
   [cct.h]=colorimetry [dominant.h]=colorimetry [cri.h]=colorimetry
   [photometry.h]=colorimetry [summary.h]=colorimetry [calc.h]=colorimetry
   [units.h]=files [spectral_file.h]=files [qofile.h]=files
-  [straylight.h]=straylight
+  [straylight.h]=straylight [lines.h]=straylight
+  [detector.h]=detector
   [qomath.h]=cli
 )
 
