@@ -68,7 +68,7 @@ void BM_Interpolate2Many3_2048(benchmark::State& state)
     std::array<int, 3> st{};
     for (auto _ : state) {
         a[0] += 1.0f;  // a new key every call
-        qomath::numerics::interpolate2_many<3>(xs, {std::span<const float>(a), std::span<const float>(b), std::span<const float>(c)}, xd,
+        qomath::numerics::interpolate2_many<3>(qomath::numerics::process_interpolation_state(), xs, {std::span<const float>(a), std::span<const float>(b), std::span<const float>(c)}, xd,
                                                {std::span<float>(ya), std::span<float>(yb), std::span<float>(yc)}, st);
         benchmark::ClobberMemory();
     }

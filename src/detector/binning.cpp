@@ -55,18 +55,22 @@ extern "C" {
 int PointInPolygon(const float* pts, int nPts, float x, float y)
 {
     if (!pts || nPts < 1) return 0;
-    const double px = x, py = y;
     const auto n = static_cast<std::size_t>(nPts);
     bool inside = false;
-    double xj = pts[2 * n - 2], yj = pts[2 * n - 1];
-    for (std::size_t i = 0; i < n; ++i) {
-        const double xi = pts[2 * i], yi = pts[2 * i + 1];
-        // Half-open in y: a point on a lower edge counts, on an upper one not.
-        if ((yi <= py && py < yj) || (yj <= py && py < yi)) {
-            const double cross = (py - yi) * (xj - xi) / (yj - yi) + xi;
-            if (cross > px) inside = !inside;
+    // The comparisons in y are the same in float as in double (widening is
+    // exact); only the crossing is computed in double.
+    float yj = pts[2 * n - 1];
+    std::size_t j = n - 1;
+    for (std::size_t i = 0; i < n; j = i++) {
+        const float yi = pts[2 * i + 1];
+        // Half-open in y, [low, high): a point on a lower edge counts, on an
+        // upper one not. With a NaN corner the test may pass, but the
+        // crossing is then NaN and toggles nothing.
+        if ((yi <= y) != (yj <= y)) {
+            const double xi = pts[2 * i], xj = pts[2 * j];
+            const double cross = (static_cast<double>(y) - yi) * (xj - xi) / (static_cast<double>(yj) - yi) + xi;
+            if (cross > x) inside = !inside;
         }
-        xj = xi;
         yj = yi;
     }
     return inside ? 1 : 0;
