@@ -18,13 +18,9 @@ namespace {
 constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
 constexpr float kGuard = -777.0f;
 
-struct List {
+struct List {  // unused entries -1
     int v[QOMATH_BADPIXEL_LIST_SIZE];
-    List(std::initializer_list<int> bad)
-    {
-        std::fill(std::begin(v), std::end(v), -1);
-        std::copy(bad.begin(), bad.end(), v);
-    }
+    List(std::initializer_list<int> bad) { std::fill_n(v, 20, -1), std::copy(bad.begin(), bad.end(), v); }
 };
 
 // data 10, 20, 30, ... with guards on both sides; returns the n pixels.
@@ -70,19 +66,16 @@ TEST(BadPixels, NeighboursEndsAndHostileLists)
 TEST(BadPixels, OldVariantCopiesTheLastPixelsNeighbourAsItStands)
 {
     static typ_pixelarray_d rec;
-    const auto fill = [] {
+    // {8, 9}: 8 takes 7 (nothing good above), then 9 copies that 7.
+    // {9, 8}: 9 copies the unrepaired 8 first. Pixel 10 lies beyond n.
+    for (const auto& [list, at8, at9] : {std::tuple{List{8, 9}, 7.0, 7.0}, std::tuple{List{9, 8}, 7.0, 8.0}}) {
         for (int i = 0; i < QOMATH_BADPIXEL_OLD_PIXELS; ++i) rec.values[i] = i;
-    };
-    fill();
-    const List forward{8, 9};  // 8 first: mean of 7 and nothing above -> 7; then 9 copies it
-    EXPECT_EQ(DetectorArrayBadPixelSubdOLD(&rec, 10, forward.v), 1);
-    EXPECT_EQ(rec.values[8], 7.0);
-    EXPECT_EQ(rec.values[9], 7.0);
-    fill();
-    const List backward{9, 8};  // 9 copies the unrepaired 8
-    EXPECT_EQ(DetectorArrayBadPixelSubdOLD(&rec, 10, backward.v), 1);
-    EXPECT_EQ(rec.values[9], 8.0);
-    EXPECT_EQ(rec.values[10], 10.0);
+        EXPECT_EQ(DetectorArrayBadPixelSubdOLD(&rec, 10, list.v), 1);
+        EXPECT_EQ(rec.values[8], at8);
+        EXPECT_EQ(rec.values[9], at9);
+        EXPECT_EQ(rec.values[10], 10.0);
+    }
+    const List forward{8, 9};
     for (int n : {0, -1, 4097, INT_MIN}) EXPECT_EQ(DetectorArrayBadPixelSubdOLD(&rec, n, forward.v), 0);
 }
 
@@ -99,10 +92,10 @@ TEST(BadPixels, MaskReplacementAgreesWithTheList)
     for (int i = 0; i < 10; ++i) EXPECT_EQ(a[i], b[i]) << i;
     EXPECT_EQ(a[1], (100 + 163) / 2);
     EXPECT_EQ(DefectivePixelReplacement(a, 10, mask.data(), 9), -1);
-    std::vector<float> all(3, 1.0f);
+    const float all[3] = {1, 1, 1};
     unsigned short c[3] = {1, 2, 3};
-    EXPECT_EQ(DefectivePixelReplacement(c, 3, all.data(), 3), 1);
-    EXPECT_EQ(c[2], 3);
+    EXPECT_EQ(DefectivePixelReplacement(c, 3, all, 3), 1);
+    EXPECT_EQ(c[2], 3);  // no good pixel: unchanged
 }
 
 TEST(BadPixels, MasksTidiedAndMadeFromReadings)
@@ -115,19 +108,14 @@ TEST(BadPixels, MasksTidiedAndMadeFromReadings)
     EXPECT_EQ(m, (std::vector<float>{1, 1, 0, 0, 0.0005f, 1, 1}));
     EXPECT_EQ(DetectorRemoveSingleBad(m.data(), 4), -1);
 
-    // A dark reading: 97..103 counts, a hot pixel, a
-    // dead one at the end and a NaN.
-    std::vector<float> dark(64);
+    // A dark reading of 97..103 counts with a hot pixel (10), a NaN (30) and a
+    // dead pixel at the end (63); the map has guards on both sides.
+    std::vector<float> dark(64), map(66, kGuard), expected(66, 0.0f);
     for (size_t i = 0; i < dark.size(); ++i) dark[i] = static_cast<float>(97 + (i * 37) % 7);
-    dark[10] = 180.0f;
-    dark[63] = 0.0f;
-    dark[30] = kNaN;
-    std::vector<float> map(66, kGuard);
+    dark[10] = 180.0f, dark[30] = kNaN, dark[63] = 0.0f;
+    expected[0] = expected[65] = kGuard, expected[11] = expected[31] = expected[64] = 1.0f;
     EXPECT_EQ(DetectorCreateBadPixelMap(dark.data(), 64, map.data() + 1), 1);
-    EXPECT_EQ(map[0], kGuard);
-    EXPECT_EQ(map[65], kGuard);
-    for (int i = 0; i < 64; ++i)
-        EXPECT_EQ(map[static_cast<size_t>(i) + 1], (i == 10 || i == 30 || i == 63) ? 1.0f : 0.0f) << i;
+    EXPECT_EQ(map, expected);
     EXPECT_EQ(DetectorCreateBadPixelMap(dark.data(), 4, map.data()), -1);
 }
 
@@ -171,11 +159,10 @@ TEST(Binning, RegistryLifecycleAndTheBinZeroRule)
     EXPECT_EQ(Binning_Dump(), 1);
 
     typ_binquad bad = bins[0];
-    bad.corner[2][1] = std::numeric_limits<float>::infinity();
-    for (const auto& [count, b, status] : {std::tuple{0, bins, -1}, std::tuple{-1, bins, -1},
-                                           std::tuple{INT_MIN, bins, -1},
-                                           std::tuple{1, static_cast<const typ_binquad*>(nullptr), -1},
-                                           std::tuple{1, static_cast<const typ_binquad*>(&bad), -2}}) {
+    bad.corner[2][1] = kNaN;
+    using Q = const typ_binquad*;
+    for (const auto& [count, b, status] : {std::tuple{0, Q{bins}, -1}, {-1, Q{bins}, -1}, {INT_MIN, Q{bins}, -1},
+                                           {1, Q{nullptr}, -1}, {1, Q{&bad}, -2}}) {
         ASSERT_EQ(Binning_Init(3, bins), 1);
         EXPECT_EQ(Binning_Init(count, b), status);
         EXPECT_EQ(Binning_GetBin(0.5f, 0.5f), -1);  // the old registry is gone
