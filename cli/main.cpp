@@ -86,6 +86,42 @@ constexpr Command kCommands[] = {
      "OUT is replaced only when the picture is complete.\n"
      "Exit status: 0 written, 1 read or write failed (or no colour point), 2 usage.\n",
      run_plot},
+    {"f1prime", "spectral mismatch index f1' of a detector head",
+     "usage: qomath f1prime RESPONSIVITY_FILE [--target y|x-short|x-long|z] [--source FILE]\n"
+     "                      [--json] [--compat]\n\n"
+     "Reads a relative spectral responsivity (a spectral file of version 1.0 or\n"
+     "2.0 or two-column text, any sampling; - reads standard input) and prints\n"
+     "its f1' against a CIE 1931 colour-matching function (default y, V(lambda);\n"
+     "x-short and x-long are the two lobes of x-bar, 360-505 and 505-830 nm):\n\n"
+     "  f1' = integral |s*(l) - t(l)| dl / integral t(l) dl\n\n"
+     "with s* the responsivity scaled to give the target's signal for the\n"
+     "source, on a 1 nm grid (linear between the file's points), the absolute\n"
+     "value taken per sample (ISO/CIE 19476; CIE 179 for x-bar and z-bar).\n"
+     "The source is CIE illuminant A unless --source names a spectrum. Where the\n"
+     "responsivity or the source does not cover the target they count as 0, and\n"
+     "a warning says so.\n\n"
+     "options:\n"
+     "  --target T     y, x-short, x-long or z\n"
+     "  --source FILE  the calibration source (default CIE illuminant A)\n"
+     "  --json         one JSON object\n"
+     "  --compat       the number of the library's f1primeCalculate instead (whole-nm\n"
+     "                 points; absolute value of each interval's pair sum)\n"
+     "Prints f1' as a fraction and in %, the target, the source and the data's\n"
+     "range. Exit status: 0 done, 1 a file could not be read or gave no signal,\n"
+     "2 usage error (unknown target or option).\n",
+     run_f1prime},
+    {"lines", "argon and mercury calibration lines, listed or simulated",
+     "usage: qomath lines argon|mercury [--json] [--simulate FWHM [--step NM] [-o FILE]]\n\n"
+     "Lists the lamp's lines (wavelength in nm, relative intensity), or with\n"
+     "--simulate a line spectrum: a Gaussian of the given FWHM (nm) for each\n"
+     "line with its intensity as peak, from 3 FWHM below the first line to 3\n"
+     "FWHM above the last, every --step nm (default 0.1). The spectrum goes to\n"
+     "standard output as two columns (or JSON), or with -o FILE into a spectral\n"
+     "file of version 2.0, unit Counts (replaced only when complete; - for\n"
+     "standard output).\n"
+     "Exit status: 0 done, 1 the file could not be written, 2 usage error\n"
+     "(unknown lamp, FWHM or step not above 0).\n",
+     run_lines},
 };
 
 void print_usage(std::FILE* out)

@@ -31,7 +31,8 @@ declare -A header=(
   [photometry.h]=colorimetry [summary.h]=colorimetry [calc.h]=colorimetry
   [units.h]=files [spectral_file.h]=files [qofile.h]=files
   [spectral_analysis.h]=files [registry.h]=files
-  [straylight.h]=straylight
+  [straylight.h]=straylight [lines.h]=straylight
+  [detector.h]=detector
   [qomath.h]=cli
 )
 

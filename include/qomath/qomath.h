@@ -22,6 +22,8 @@
 #include "qomath/summary.h"
 #include "qomath/peaks.h"
 #include "qomath/straylight.h"
+#include "qomath/lines.h"
+#include "qomath/detector.h"
 #include "qomath/units.h"
 #include "qomath/spectral_file.h"
 #include "qomath/qofile.h"
