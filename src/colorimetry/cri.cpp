@@ -24,6 +24,7 @@
 #include "colorimetry/daylight.hpp"
 #include "common/barrier.hpp"
 #include "numerics/interpolation.hpp"
+#include "numerics/spectral_arith.hpp"
 #include "numerics/resample.hpp"
 #include "qomath/arrays.h"
 #include "qomath/cct.h"
@@ -402,9 +403,12 @@ int scene_on_range(const float* values, const typ_wlinfo* range, Scene& scene)
     // The products lie inside 360..830 nm at a step of at least 2 nm.
     std::array<std::array<float, kWorking + 1>, 3> products{};
     typ_wlinfo grid{};
+    // The tables' resampling onto the product grid is kept per thread: a
+    // host calling spectrum after spectrum on one grid resamples them once.
+    thread_local std::array<spectral::TableOnGrid, 3> cmf_on_grid;
     for (std::size_t c = 0; c < 3; ++c) {
-        const int status = MultiplySpectralFiles(values, range, kCmf2nm[c].data(), &kWorkingRange,
-                                                 products[c].data(), &grid);
+        const int status = spectral::multiply_by_table(values, range, kCmf2nm[c].data(), &kWorkingRange,
+                                                       products[c].data(), &grid, cmf_on_grid[c]);
         if (status != 1) return status;
     }
     const int points = WLNumPts(&grid);

@@ -6,6 +6,8 @@
 // differ only in the operation applied point by point.
 #include "qomath/spectral_arith.h"
 
+#include "numerics/spectral_arith.hpp"
+
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
@@ -67,9 +69,19 @@ float* source(const float* p)
     return const_cast<float*>(p);
 }
 
-template <class Op>
+// B onto the common grid as Interpolate gives it: 1, or a failure.
+struct InterpolateB {
+    int operator()(const float* values_b, const typ_wlinfo& b, float* out, const typ_wlinfo& common) const
+    {
+        typ_wlinfo from = b, to = common;
+        return Interpolate(source(values_b), &from, out, &to);
+    }
+};
+
+template <class Op, class ResampleB = InterpolateB>
 int combine_on_grid(const float* values_a, const typ_wlinfo* range_a, const float* values_b,
-                    const typ_wlinfo* range_b, float* out, typ_wlinfo* out_range, Op op)
+                    const typ_wlinfo* range_b, float* out, typ_wlinfo* out_range, Op op,
+                    ResampleB resample_b = {})
 {
     if (!values_a || !range_a || !values_b || !range_b || !out || !out_range) return -1;
     typ_wlinfo a = *range_a;
@@ -98,7 +110,7 @@ int combine_on_grid(const float* values_a, const typ_wlinfo* range_a, const floa
         const auto filled = static_cast<std::size_t>(std::max(count, WLNumPts(&common)));
         std::vector<float> resampled_a(filled), resampled_b(filled);
         if (Interpolate(source(values_a), &a, resampled_a.data(), &common) < 1 ||
-            Interpolate(source(values_b), &b, resampled_b.data(), &common) < 1)
+            resample_b(values_b, b, resampled_b.data(), common) < 1)
             return -3;
         for (std::size_t i = 0; i < n; ++i) out[i] = op(resampled_a[i], resampled_b[i]);
         return 1;
@@ -163,6 +175,25 @@ int trim(float* values, const typ_wlinfo& range, float& new_start, float& new_en
 }
 
 }  // namespace
+int multiply_by_table(const float* values, const typ_wlinfo* range, const float* table,
+                      const typ_wlinfo* table_range, float* out, typ_wlinfo* out_range,
+                      TableOnGrid& cache)
+{
+    const auto resample = [&](const float* values_b, const typ_wlinfo& b, float* dst,
+                              const typ_wlinfo& common) {
+        const auto n = static_cast<std::size_t>(std::max(WLNumPts(&common), 0));
+        if (cache.table != table || !same_range(cache.grid, common) || cache.values.size() != n) {
+            cache.values.assign(n, 0.0f);
+            cache.status = InterpolateB{}(values_b, b, cache.values.data(), common);
+            cache.table = table;
+            cache.grid = common;
+        }
+        std::copy(cache.values.begin(), cache.values.end(), dst);
+        return cache.status;
+    };
+    return combine_on_grid(values, range, table, table_range, out, out_range, Multiply{}, resample);
+}
+
 }  // namespace qomath::spectral
 
 using namespace qomath::spectral;
