@@ -1,0 +1,331 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstring>
+#include <initializer_list>
+#include <utility>
+#include <limits>
+#include <random>
+#include <vector>
+
+#include "numerics/savgol.hpp"
+#include "qomath/arrays.h"
+#include "qomath/filters.h"
+
+namespace {
+
+constexpr float kFence = -12345.0f;
+const float kNaN = std::numeric_limits<float>::quiet_NaN();
+
+// Values with fences on both sides; intact() tells whether a call wrote
+// outside [0, n).
+struct Fenced {
+    std::vector<float> v;
+    explicit Fenced(std::vector<float> x) : v(x.size() + 8, kFence)
+    {
+        std::copy(x.begin(), x.end(), v.begin() + 4);
+    }
+    float* p() { return v.data() + 4; }
+    std::vector<float> values() const { return {v.begin() + 4, v.end() - 4}; }
+    bool intact() const
+    {
+        for (std::size_t i = 0; i < 4; ++i)
+            if (v[i] != kFence || v[v.size() - 1 - i] != kFence) return false;
+        return true;
+    }
+};
+
+std::vector<float> cubic(int n)
+{
+    std::vector<float> y(n);
+    for (int i = 0; i < n; ++i) y[i] = 0.002f * i * i * i - 0.1f * i * i + 0.5f * i + 3;
+    return y;
+}
+
+TEST(FilterSavgol, ExampleMomentSumsAndWrapAroundOrder)
+{
+    Fenced c(std::vector<float>(6, 9.0f));  // c[0..5]; the filter writes c[1..5]
+    ASSERT_EQ(FilterSavgol(c.p(), 5, 2, 2, 0, 2), 1);
+    const float ex[] = {9, 17, 12, -3, -3, 12};
+    for (int i = 0; i < 6; ++i) EXPECT_NEAR(c.values()[i], i ? ex[i] / 35 : 9.0f, 1e-6);
+    EXPECT_TRUE(c.intact());
+
+    // sum over offsets k of c(k) k^q = [q == ld] for q = 0..m: centred,
+    // one-sided, derivative and m = 0 windows, with np > nl + nr + 1.
+    struct Case { int nl, nr, ld, m; } cases[] = {{3, 3, 0, 2}, {0, 4, 0, 2}, {4, 0, 1, 2},
+        {2, 2, 1, 3}, {3, 5, 2, 3}, {6, 6, 0, 4}, {2, 2, 0, 0}, {1, 6, 3, 3}};
+    for (const Case& t : cases) {
+        const int np = t.nl + t.nr + 4;
+        std::vector<float> w(np + 1, 5.0f);
+        ASSERT_EQ(FilterSavgol(w.data(), np, t.nl, t.nr, t.ld, t.m), 1);
+        EXPECT_EQ(w[0], 5.0f);
+        auto at = [&](int k) { return w[((np - k) % np) + 1]; };
+        for (int q = 0; q <= t.m; ++q) {
+            double sum = 0.0, scale = 0.0;
+            for (int k = -t.nl; k <= t.nr; ++k) {
+                sum += at(k) * std::pow(k, q);
+                scale += std::fabs(at(k) * std::pow(k, q));
+            }
+            EXPECT_NEAR(sum, q == t.ld ? 1.0 : 0.0, 1e-5 * scale + 1e-6)
+                << t.nl << t.nr << t.ld << t.m << " q" << q;
+        }
+        for (int k = t.nr + 1; k < np - t.nl; ++k) EXPECT_EQ(at(k), 0.0f);  // unused slots zeroed
+    }
+
+    struct Bad { int np, nl, nr, ld, m; } bad[] = {{4, 2, 2, 0, 2}, {5, -1, 2, 0, 2},
+        {5, 2, -1, 0, 2}, {5, 2, 2, 3, 2}, {5, 1, 0, 0, 2}, {5, 2, 2, -1, 2},
+        {5, 2147483647, 2, 0, 2}};
+    for (const Bad& b : bad) {
+        Fenced w(std::vector<float>(6, 9.0f));
+        EXPECT_EQ(FilterSavgol(w.p(), b.np, b.nl, b.nr, b.ld, b.m), -1);
+        EXPECT_EQ(w.values(), std::vector<float>(6, 9.0f));
+    }
+    EXPECT_EQ(FilterSavgol(nullptr, 5, 2, 2, 0, 2), -1);
+}
+
+TEST(Savgol, SmoothersKeepACubicEndsIncluded)
+{
+    for (int n : {7, 8, 40}) {
+        Fenced y(cubic(n));
+        ASSERT_EQ(QOSmoothArray(y.p(), n), 1);
+        const auto ref = cubic(n);
+        for (int i = 0; i < n; ++i) EXPECT_NEAR(y.values()[i], ref[i], 2e-4 * (1 + std::fabs(ref[i])));
+        EXPECT_TRUE(y.intact());
+    }
+    for (auto [half, order] : std::initializer_list<std::pair<int, int>>{{15, 3}, {2, 3}, {3, 2}}) {
+        auto y = cubic(120), ref = y;
+        for (int i = 0; i < 120 && order == 2; ++i) y[i] = ref[i] = 0.01f * i * i - i;
+        ASSERT_EQ(qomath::numerics::savgol_smooth(y, half, order), 1);
+        for (int i = 0; i < 120; ++i) EXPECT_NEAR(y[i], ref[i], 1e-3 * (1 + std::fabs(ref[i]))) << i;
+    }
+    std::vector<float> few(5, 1.0f);
+    EXPECT_EQ(QOSmoothArray(few.data(), 5), 0);
+    EXPECT_EQ(qomath::numerics::savgol_smooth(few, 3, 2), -1);  // window longer than the data
+    EXPECT_EQ(qomath::numerics::savgol_smooth(few, 1, 3), -1);
+    EXPECT_EQ(few, std::vector<float>(5, 1.0f));
+}
+
+// Element k of each sorted window of w values of src (reference by QSort).
+std::vector<float> sort_each_window(const std::vector<float>& src, int w, int n)
+{
+    std::vector<float> out(n), win(w);
+    for (int i = 0; i < n; ++i) {
+        std::copy(src.begin() + i, src.begin() + i + w, win.begin());
+        QSort(win.data(), 0, w - 1);
+        out[i] = win[w / 2];
+    }
+    return out;
+}
+
+TEST(Median, LagEvenWindowsAndSlidingEqualsSortingEachWindow)
+{
+    std::vector<float> y{1, 9, 1, 1};
+    ASSERT_EQ(MedianFilter1d(y.data(), 4, 3), 1);
+    EXPECT_EQ(y, (std::vector<float>{1, 1, 1, 1}));
+    // w = 5 on a ramp: output i is the median centred on input i - 1.
+    std::vector<float> ramp(12);
+    for (int i = 0; i < 12; ++i) ramp[i] = static_cast<float>(i);
+    auto lag = ramp;
+    ASSERT_EQ(MedianFilter1d(lag.data(), 12, 5), 1);
+    for (int i = 2; i < 12; ++i) EXPECT_EQ(lag[i], i - 1.0f);
+    EXPECT_EQ(lag[0], 0.0f);
+    // Even w = 4 reads y[i-1 .. i+2]: median element 2 is i + 1, mean i + 0.5.
+    auto med4 = ramp, mean4 = ramp;
+    ASSERT_EQ(MedianMeanFilter1d(med4.data(), 12, 4, 0), 1);
+    ASSERT_EQ(MedianMeanFilter1d(mean4.data(), 12, 4, 7), 1);
+    for (int i = 1; i < 10; ++i) {
+        EXPECT_EQ(med4[i], i + 1.0f);
+        EXPECT_EQ(mean4[i], i + 0.5f);
+    }
+
+    // Random integers (many ties) against sorting every window of the
+    // documented padding.
+    std::mt19937 gen(5);
+    std::uniform_int_distribution<int> d(0, 9);
+    std::vector<float> x(300);
+    for (float& v : x) v = static_cast<float>(d(gen));
+    for (int w : {1, 2, 3, 4, 7, 31, 100}) {
+        std::vector<float> padded(w - 1, x[0]);
+        padded.insert(padded.end(), x.begin(), x.end());
+        padded.insert(padded.end(), w, x.back());
+        auto got = x;
+        ASSERT_EQ(MedianMeanFilter1d(got.data(), 300, w, 0), 1);
+        EXPECT_EQ(got, sort_each_window({padded.begin() + w / 2, padded.end()}, w, 300)) << w;
+        if (w < 3) continue;
+        std::vector<float> lagged(w - 1, x[0]);
+        lagged.insert(lagged.end(), x.begin() + 1, x.end() - 1);
+        lagged.insert(lagged.end(), w - 1, x.back());
+        got = x;
+        ASSERT_EQ(MedianFilter1d(got.data(), 300, w), 1);
+        EXPECT_EQ(got, sort_each_window(lagged, w, 300)) << w;
+    }
+    // NaN: windows holding it give NaN, all others are unchanged.
+    auto clean = x, dirty = x;
+    dirty[50] = kNaN;
+    MedianMeanFilter1d(clean.data(), 300, 5, 0);
+    MedianMeanFilter1d(dirty.data(), 300, 5, 0);
+    for (int i = 0; i < 300; ++i) {
+        if (i >= 48 && i <= 52) {
+            EXPECT_TRUE(std::isnan(dirty[i]));
+        } else {
+            EXPECT_EQ(dirty[i], clean[i]);
+        }
+    }
+    auto dirty_mean = x, clean_mean = x;
+    dirty_mean[50] = kNaN;
+    MedianMeanFilter1d(clean_mean.data(), 300, 5, 1);
+    MedianMeanFilter1d(dirty_mean.data(), 300, 5, 1);
+    for (int i = 0; i < 300; ++i)
+        EXPECT_TRUE((i >= 48 && i <= 52) || dirty_mean[i] == clean_mean[i]) << i;
+}
+
+TEST(Median, RefusalsWriteNothing)
+{
+    struct Case { int n, w, flag, status; bool mean_filter; } cases[] = {
+        {2, 3, 0, -1, false}, {8, 2, 0, -2, false}, {8, 9, 0, -2, false},
+        {4, 1, 0, -1, true}, {8, 0, 0, -2, true}, {8, 3, 1, -2, true},
+        {8, 1073741824, 0, -2, true}};
+    for (const Case& c : cases) {
+        Fenced y(std::vector<float>(8, 2.0f));
+        const int rc = c.mean_filter ? MedianMeanFilter1d(y.p(), c.n, c.w, c.flag)
+                                     : MedianFilter1d(y.p(), c.n, c.w);
+        EXPECT_EQ(rc, c.status) << c.n << " " << c.w;
+        EXPECT_EQ(y.values(), std::vector<float>(8, 2.0f));
+        EXPECT_TRUE(y.intact());
+    }
+    EXPECT_EQ(MedianFilter1d(nullptr, 8, 3), -1);
+    EXPECT_EQ(MedianMeanFilter1d(nullptr, 8, 1, 0), -1);
+}
+
+TEST(Boxcar, MeansByHandShortArraysAndRefusals)
+{
+    std::vector<float> y{1, 2, 4, 8, 16, 32, 64, 128, 256};
+    ASSERT_EQ(BoxcarAveraging(y.data(), 9, 4), 1);  // h = 2: 5-point means inside
+    EXPECT_FLOAT_EQ(y[4], (4 + 8 + 16 + 32 + 64) / 5.0f);
+    EXPECT_FLOAT_EQ(y[1], 7 / 3.0f);
+    EXPECT_FLOAT_EQ(y[7], 448 / 3.0f);
+    EXPECT_EQ(y[0], 1.0f);
+    EXPECT_EQ(y[8], 256.0f);
+    Fenced s(std::vector<float>{3, 6, 9, 30});  // n <= 2h: 3-point means on 1..n-2
+    ASSERT_EQ(BoxcarAveraging(s.p(), 4, 10), 1);
+    EXPECT_EQ(s.values(), (std::vector<float>{3, 6, 15, 30}));
+    EXPECT_TRUE(s.intact());
+    EXPECT_EQ(BoxcarAveraging(s.p(), 4, 11), -2);
+    EXPECT_EQ(BoxcarAveraging(s.p(), 4, 1), -2);
+    EXPECT_EQ(BoxcarAveraging(nullptr, 4, 4), -1);
+}
+
+TEST(NoiseFilters, RulingsByHand)
+{
+    std::vector<float> r{5, 1, 3, 2};
+    ASSERT_EQ(MedianFilterReplacement1d(r.data(), 4, 1), 1);
+    EXPECT_EQ(r, (std::vector<float>{3, 3, 3, 2}));
+    r = {5, 1, 3, 2, 4};
+    ASSERT_EQ(MedianFilterReplacement1d(r.data(), 5, 0), 1);  // last n/2 = 2 values
+    EXPECT_EQ(r, (std::vector<float>{5, 1, 3, 3, 3}));
+
+    // pct 25 on 12 values: sorted element trunc(0.25 * 12) = 3, that is 4.
+    std::vector<float> b{12, 1, 11, 2, 10, 3, 9, 4, 8, 5, 7, 6};
+    ASSERT_EQ(BandlimitedNoiseFilter1d(b.data(), 12, 25), 1);
+    EXPECT_EQ(b, (std::vector<float>{12, 0, 11, 0, 10, 0, 9, 0, 8, 5, 7, 6}));
+
+    std::vector<float> o{3, 1, 3, 0, 3};
+    ASSERT_EQ(OscillationFilter(o.data(), 5), 1);
+    EXPECT_EQ(o, std::vector<float>(5, 3.0f));
+    o = {4, 0, 1, 5, 6};  // the filled 2.5 makes 1 a dip in its turn
+    ASSERT_EQ(OscillationFilter(o.data(), 5), 1);
+    EXPECT_EQ(o, (std::vector<float>{4, 2.5f, 3.75f, 5, 6}));
+
+    // Forward window of w = 3, frozen at n - 2w = 2 from i = 2 on: 1 is a
+    // window minimum (becomes 2), 9 a maximum (becomes 3); 0 at 6 lies in
+    // no window and stays.
+    std::vector<float> c{1, 5, 2, 9, 3, 8, 0, 7};
+    ASSERT_EQ(BroadbandNoiseFilter1d(c.data(), 8, 3), 1);
+    EXPECT_EQ(c, (std::vector<float>{2, 5, 3, 3, 3, 8, 0, 7}));
+
+    Fenced f(std::vector<float>(9, 1.0f));
+    EXPECT_EQ(BroadbandNoiseFilter1d(f.p(), 9, 5), -1);
+    EXPECT_EQ(BroadbandNoiseFilter1d(f.p(), 9, 1), -1);
+    EXPECT_EQ(BandlimitedNoiseFilter1d(f.p(), 4, 50), -1);
+    EXPECT_EQ(OscillationFilter(f.p(), 4), -1);
+    EXPECT_EQ(MedianFilterReplacement1d(f.p(), 2, 1), -1);
+    EXPECT_EQ(MedianFilterReplacement1d(nullptr, 5, 1), -1);
+    EXPECT_EQ(QoMathFilterScaleWlRegion(1, f.p(), f.p(), 9, 0, 2, 3), -1);
+    EXPECT_EQ(f.values(), std::vector<float>(9, 1.0f));
+    EXPECT_TRUE(f.intact());
+
+    std::vector<float> wl{400, 500, 600, 700}, v{1, 1, 1, 1};
+    ASSERT_EQ(QoMathFilterScaleWlRegion(0, v.data(), wl.data(), 4, 500, 600, 2), 1);
+    EXPECT_EQ(v, (std::vector<float>{1, 2, 2, 1}));
+}
+
+TEST(DistributeNegativeValues, SumKeptFloorRespectedNearestFirst)
+{
+    const std::vector<float> wl{1, 2, 3, 4, 5, 6, 8, 9};
+    std::vector<float> y{3, -1, 1, 1, 5, -4, 2, 0.5f};
+    ASSERT_EQ(QoMathFilterDistributeNegativeValues(wl.data(), y.data(), 8, 0), 1);
+    // -1 at 2 nm: tie between 1 and 3 nm, the lower index gives. -4 at 6 nm:
+    // 5 nm gives 4 (8 nm is farther).
+    EXPECT_EQ(y, (std::vector<float>{2, 0, 1, 1, 1, 0, 2, 0.5f}));
+
+    std::mt19937 gen(9);
+    std::uniform_real_distribution<float> d(-2.0f, 6.0f);
+    std::vector<float> grid(500), z(500);
+    for (int i = 0; i < 500; ++i) grid[i] = 300.0f + 0.7f * i, z[i] = d(gen);
+    double before = 0, after = 0;
+    for (float v : z) before += v;
+    auto orig = z;
+    ASSERT_EQ(QoMathFilterDistributeNegativeValues(grid.data(), z.data(), 500, 0.5f), 1);
+    for (int i = 0; i < 500; ++i) {
+        after += z[i];
+        EXPECT_GE(z[i], 0.5f);
+        EXPECT_TRUE(orig[i] < 0.5f || z[i] <= orig[i]) << i;  // donors only give
+    }
+    EXPECT_NEAR(after, before, 1e-3);
+
+    auto positive = orig;
+    for (float& v : positive) v = std::fabs(v) + 0.5f;
+    auto copy = positive;
+    ASSERT_EQ(QoMathFilterDistributeNegativeValues(grid.data(), copy.data(), 500, 0.5f), 1);
+    EXPECT_EQ(std::memcmp(copy.data(), positive.data(), 500 * sizeof(float)), 0);
+
+    Fenced low(std::vector<float>{1, -3, 1});
+    EXPECT_EQ(QoMathFilterDistributeNegativeValues(wl.data(), low.p(), 3, 0), -2);
+    EXPECT_EQ(low.values(), (std::vector<float>{1, -3, 1}));
+    EXPECT_EQ(QoMathFilterDistributeNegativeValues(nullptr, low.p(), 3, 0), -1);
+    EXPECT_EQ(QoMathFilterDistributeNegativeValues(wl.data(), low.p(), 0, 0), -1);
+    EXPECT_TRUE(low.intact());
+}
+
+TEST(SNFilter, SmoothsNoiseKeepsQuadraticsPeaksAndSaturation)
+{
+    std::mt19937 gen(3);
+    std::normal_distribution<double> noise(0.0, 3.0);
+    std::vector<double> y(1024), quad(1024);
+    for (int i = 0; i < 1024; ++i) y[i] = 10.0 + noise(gen), quad[i] = 0.001 * i * i + 20;
+    y[500] = 65535.0;  // saturated: kept
+    y[800] = 30000.0;  // a line far above the noise: kept
+    auto orig = y;
+    ASSERT_EQ(SNFilter(y.data(), 1024, 0, 0.0, 0.5, 65535.0), 1);
+    auto spread = [](const std::vector<double>& v) {
+        double s = 0;
+        for (int i = 10; i < 490; ++i) s += (v[i + 1] - v[i]) * (v[i + 1] - v[i]);
+        return s;
+    };
+    EXPECT_LT(spread(y), 0.75 * spread(orig));
+    EXPECT_EQ(y[500], 65535.0);
+    EXPECT_NEAR(y[800], 30000.0, 1.0);
+    auto q = quad;
+    ASSERT_EQ(SNFilter(q.data(), 1024, 1, 0.0, 1.0, 0.0), 1);
+    for (int i = 0; i < 1024; ++i) EXPECT_NEAR(q[i], quad[i], 1e-9 * quad[i]);
+    auto same = orig;
+    ASSERT_EQ(SNFilter(same.data(), 1024, 0, 0.0, 0.0, 65535.0), 1);
+    EXPECT_EQ(same, orig);
+    EXPECT_EQ(SNFilter(same.data(), 6, 0, 0, 0.5, 65535), -1);
+    EXPECT_EQ(SNFilter(same.data(), 1024, 2, 0, 0.5, 65535), -1);
+    EXPECT_EQ(SNFilter(same.data(), 1024, 0, 0, 1.5, 65535), -1);
+    EXPECT_EQ(SNFilter(same.data(), 1024, 0, 100, 0.5, 50), -1);
+    EXPECT_EQ(same, orig);
+}
+
+}  // namespace
