@@ -120,7 +120,12 @@ template <bool Inverse>
 void gather4(const float* x, const Plan& plan, float* re, float* im)
 {
     const std::size_t n = plan.n, h = n / 2, qn = n / 4;
-    for (std::size_t b = 0; b < qn; ++b) {
+    // The top bits of b are the low bits of r: running them innermost, each
+    // cache line of x is used up within a few steps and the writes form
+    // eight sequential streams.
+    const unsigned top = std::min(3u, plan.log2n - 2), low_bits = plan.log2n - 2 - top;
+    for (std::size_t i = 0; i < qn; ++i) {
+        const std::size_t b = ((i & ((std::size_t{1} << top) - 1)) << low_bits) | (i >> top);
         const std::size_t r = plan.rev4[b];
         const float a0r = x[2 * r], a0i = x[2 * r + 1];
         const float a2r = x[2 * (r + h)], a2i = x[2 * (r + h) + 1];
@@ -211,14 +216,22 @@ void run_pow2(float* x, const Plan& plan, float* re, float* im)
 {
     const std::size_t n = plan.n;
     gather4<Inverse>(x, plan, re, im);
-    for (const Plan::Pass& p : plan.passes) {
-        if (p.length == 8 && plan.log2n % 2 == 1) {
-            pass2<Inverse>(re, im, n, &plan.tw[p.offset], &plan.tw[p.offset + 4]);
-            if (n == 8) break;
-        } else {
-            pass4<Inverse>(re, im, n, p.length, &plan.tw[p.offset], p.length == n ? x : nullptr);
-        }
-    }
+    // Passes up to `block` points run block by block while the block is in
+    // the first-level cache; the longer ones over the whole array.
+    constexpr std::size_t block = 2048;
+    auto run = [&](const Plan::Pass& p, std::size_t at, std::size_t count) {
+        if (p.length == 8 && plan.log2n % 2 == 1)
+            pass2<Inverse>(re + at, im + at, count, &plan.tw[p.offset], &plan.tw[p.offset + 4]);
+        else
+            pass4<Inverse>(re + at, im + at, count, p.length, &plan.tw[p.offset],
+                           p.length == n ? x : nullptr);
+    };
+    const std::size_t chunk = std::min(n, block);
+    for (std::size_t at = 0; at < n; at += chunk)
+        for (const Plan::Pass& p : plan.passes)
+            if (p.length <= chunk) run(p, at, chunk);
+    for (const Plan::Pass& p : plan.passes)
+        if (p.length > chunk) run(p, 0, n);
     if (plan.passes.back().length == 8) {  // n = 8 ends on the radix-2 pass
         for (std::size_t k = 0; k < n; ++k) x[2 * k] = re[k], x[2 * k + 1] = im[k];
     }
