@@ -18,7 +18,8 @@ std::vector<float> spectrum(int n)
     std::normal_distribution<float> noise(0.0f, 20.0f);
     std::vector<float> y(n);
     for (int i = 0; i < n; ++i)
-        y[i] = 1000.0f + 800.0f * std::exp(-0.5f * std::pow((i - n / 3.0f) / 40.0f, 2.0f)) + noise(gen);
+        y[i] = 1000.0f + 800.0f * std::exp(-0.5f * std::pow((i - n / 3.0f) / 40.0f, 2.0f)) +
+               noise(gen);
     return y;
 }
 

@@ -77,7 +77,7 @@ QOMATH_API int MedianFilter1d(float* y, int n, int w);
  * y[i - w/2 + 1 .. i + w/2] for even w, the ends extended with copies of
  * y[0] and y[n-1]. The median is element w/2 of the sorted window; the mean
  * is the window's sum in double divided by w, 0 when the sum's magnitude is
- * not above 1e-15. No feedback.
+ * not above 1e-15 (so also 0 for a window holding NaN). No feedback.
  * Returns 1; -1 when y is null or n < 5; -2 when w < 1 or 3w > n;
  * -3 when scratch memory cannot be had. */
 QOMATH_API int MedianMeanFilter1d(float* y, int n, int w, int flag);

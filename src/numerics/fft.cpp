@@ -294,7 +294,7 @@ bool dft_chirp(float* x, std::size_t n, int sign)
     for (std::size_t k = 0; k < n; ++k) {
         // w_k = e^{sign i pi k^2 / n}, k^2 reduced mod 2n first.
         // (k < 2^32 here, so k * k fits in 64 bits.)
-        const std::uint64_t k2 = (static_cast<std::uint64_t>(k) * k) % (2 * static_cast<std::uint64_t>(n));
+        const std::uint64_t kk = k, k2 = (kk * kk) % (2 * std::uint64_t{n});
         const double ang = std::numbers::pi * static_cast<double>(k2) / static_cast<double>(n);
         const double wr = std::cos(ang), wi = sign * std::sin(ang);
         chirp[2 * k] = wr, chirp[2 * k + 1] = wi;
@@ -302,8 +302,9 @@ bool dft_chirp(float* x, std::size_t n, int sign)
         a[2 * k] = static_cast<float>(xr * wr - xi * wi);
         a[2 * k + 1] = static_cast<float>(xr * wi + xi * wr);
         // b holds conj(w) at l and at m - l.
-        b[2 * k] = static_cast<float>(wr), b[2 * k + 1] = static_cast<float>(-wi);
-        if (k > 0) b[2 * (m - k)] = static_cast<float>(wr), b[2 * (m - k) + 1] = static_cast<float>(-wi);
+        const std::size_t at = k > 0 ? m - k : 0;
+        b[2 * k] = b[2 * at] = static_cast<float>(wr);
+        b[2 * k + 1] = b[2 * at + 1] = static_cast<float>(-wi);
     }
     if (!fft_pow2(a, m, 1) || !fft_pow2(b, m, 1)) return false;
     for (std::size_t j = 0; j < m; ++j) {

@@ -54,14 +54,15 @@ int BroadbandNoiseFilter1d(float* y, int n, int w)
     return guarded(-2, [&] {
         const std::vector<float> c(y, y + n);
         std::vector<float> win(static_cast<std::size_t>(w));
+        const float *lowest = win.data(), *highest = lowest + (w - 1);
         for (int i = 0; i < n; ++i) {
             // The window stops at n - 2w, so the last w samples never lie in
             // one: stored results of this filter depend on that window rule.
             const int s = std::min(i, n - 2 * w);
             std::copy(c.begin() + s, c.begin() + s + w, win.begin());
             QSort(win.data(), 0, w - 1);
-            if (y[i] == win[0]) y[i] = win[1];
-            if (y[i] == win[static_cast<std::size_t>(w) - 1]) y[i] = win[static_cast<std::size_t>(w) - 2];
+            if (y[i] == *lowest) y[i] = lowest[1];
+            if (y[i] == *highest) y[i] = highest[-1];
         }
         return 1;
     });

@@ -82,7 +82,7 @@ int MedianFilter1d(float* y, int n, int w)
     if (!y || n < 3) return -1;
     if (w < 3 || w > n) return -2;
     return guarded(-3, [&] {
-        const std::size_t count = static_cast<std::size_t>(n), pad = static_cast<std::size_t>(w) - 1;
+        const auto count = static_cast<std::size_t>(n), pad = static_cast<std::size_t>(w) - 1;
         // w - 1 copies of y[0], y[1..n-2], w - 1 copies of y[n-1]: n + 2w - 4.
         // The padding of w - 1 (not w/2) makes windows beyond 3 lag behind
         // the sample; hosts align their spectra to that lag.
@@ -106,7 +106,8 @@ int MedianMeanFilter1d(float* y, int n, int w, int flag)
         std::vector<float> padded(count + 2 * ww);
         std::fill_n(padded.begin(), ww - 1, y[0]);
         std::copy(y, y + n, padded.begin() + static_cast<std::ptrdiff_t>(ww - 1));
-        std::fill(padded.begin() + static_cast<std::ptrdiff_t>(ww - 1 + count), padded.end(), y[n - 1]);
+        std::fill(padded.begin() + static_cast<std::ptrdiff_t>(ww - 1 + count), padded.end(),
+                  y[n - 1]);
         // Output i reads padded[i + w/2 .. i + w/2 + w - 1]: centred for odd
         // w, y[i - w/2 + 1 .. i + w/2] for even w.
         const std::span<const float> src(padded.data() + ww / 2, count + ww - 1);

@@ -1,11 +1,13 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <initializer_list>
-#include <utility>
 #include <limits>
 #include <random>
+#include <span>
+#include <tuple>
 #include <vector>
 
 #include "numerics/savgol.hpp"
@@ -16,18 +18,17 @@ namespace {
 
 constexpr float kFence = -12345.0f;
 const float kNaN = std::numeric_limits<float>::quiet_NaN();
+using V = std::vector<float>;
 
 // Values with a fence on each side; intact() tells whether a call wrote
 // outside [0, n).
 struct Fenced {
-    std::vector<float> v;
-    explicit Fenced(const std::vector<float>& x) : v(x) { v.insert(v.begin(), kFence), v.push_back(kFence); }
+    V v;
+    explicit Fenced(const V& x) : v(x) { v.insert(v.begin(), kFence), v.push_back(kFence); }
     float* p() { return v.data() + 1; }
-    std::vector<float> values() const { return {v.begin() + 1, v.end() - 1}; }
+    V values() const { return {v.begin() + 1, v.end() - 1}; }
     bool intact() const { return v.front() == kFence && v.back() == kFence; }
 };
-
-using V = std::vector<float>;
 
 // y after filter(y, n, arg), which must succeed.
 V run(V y, int (*filter)(float*, int, int), int arg)
@@ -36,20 +37,19 @@ V run(V y, int (*filter)(float*, int, int), int arg)
     return y;
 }
 
-std::vector<float> cubic(int n)
+V cubic(int n)
 {
-    std::vector<float> y(n);
+    V y(n);
     for (int i = 0; i < n; ++i) y[i] = 0.002f * i * i * i - 0.1f * i * i + 0.5f * i + 3;
     return y;
 }
 
 TEST(FilterSavgol, ExampleMomentSumsAndWrapAroundOrder)
 {
-    Fenced c(std::vector<float>(6, 9.0f));  // c[0..5]; the filter writes c[1..5]
+    Fenced c(V(6, 9.0f));  // c[0..5]; the filter writes c[1..5]
     ASSERT_EQ(FilterSavgol(c.p(), 5, 2, 2, 0, 2), 1);
     const float ex[] = {9, 17, 12, -3, -3, 12};
     for (int i = 0; i < 6; ++i) EXPECT_NEAR(c.values()[i], i ? ex[i] / 35 : 9.0f, 1e-6);
-    EXPECT_TRUE(c.intact());
 
     // sum over offsets k of c(k) k^q = [q == ld] for q = 0..m: centred,
     // one-sided, derivative and m = 0 windows, with np > nl + nr + 1.
@@ -57,24 +57,20 @@ TEST(FilterSavgol, ExampleMomentSumsAndWrapAroundOrder)
         {2, 2, 1, 3}, {3, 5, 2, 3}, {6, 6, 0, 4}, {2, 2, 0, 0}, {1, 6, 3, 3}};
     for (const Case& t : cases) {
         const int np = t.nl + t.nr + 4;
-        std::vector<float> w(np + 1, 5.0f);
+        V w(np + 1, 5.0f);
         ASSERT_EQ(FilterSavgol(w.data(), np, t.nl, t.nr, t.ld, t.m), 1);
         EXPECT_EQ(w[0], 5.0f);
         auto at = [&](int k) { return w[((np - k) % np) + 1]; };
         for (int q = 0; q <= t.m; ++q) {
             double sum = 0.0, scale = 0.0;
-            for (int k = -t.nl; k <= t.nr; ++k) {
-                sum += at(k) * std::pow(k, q);
-                scale += std::fabs(at(k) * std::pow(k, q));
-            }
-            EXPECT_NEAR(sum, q == t.ld ? 1.0 : 0.0, 1e-5 * scale + 1e-6)
-                << t.nl << t.nr << t.ld << t.m << " q" << q;
+            for (int k = -t.nl; k <= t.nr; ++k)
+                sum += at(k) * std::pow(k, q), scale += std::fabs(at(k) * std::pow(k, q));
+            EXPECT_NEAR(sum, q == t.ld, 1e-5 * scale + 1e-6) << t.nl << t.nr << t.ld << t.m << " q" << q;
         }
         for (int k = t.nr + 1; k < np - t.nl; ++k) EXPECT_EQ(at(k), 0.0f);  // unused slots zeroed
     }
 
-    // np too small, nl < 0, nr < 0, ld > m, nl + nr < m, ld < 0, nl + nr + 1
-    // beyond int: refused, c as it was.
+    // np small, nl < 0, nr < 0, ld > m, nl + nr < m, ld < 0, np < nl + nr + 1 beyond int.
     struct Bad { int np, nl, nr, ld, m; } bad[] = {{4, 2, 2, 0, 2}, {5, -1, 2, 0, 2},
         {5, 2, -1, 0, 2}, {5, 2, 2, 3, 2}, {5, 1, 0, 0, 2}, {5, 2, 2, -1, 2}, {5, 2147483647, 2, 0, 2}};
     for (const Bad& b : bad) EXPECT_EQ(FilterSavgol(c.p(), b.np, b.nl, b.nr, b.ld, b.m), -1);
@@ -84,30 +80,27 @@ TEST(FilterSavgol, ExampleMomentSumsAndWrapAroundOrder)
 
 TEST(Savgol, SmoothersKeepACubicEndsIncluded)
 {
-    for (int n : {7, 8, 40}) {
+    // QOSmoothArray (n = 7, 8, 40), then savgol_smooth (half, order) = (15, 3),
+    // (2, 3) and (3, 3) on 120 points.
+    for (auto [n, half, order] : std::initializer_list<std::tuple<int, int, int>>{
+             {7, 0, 0}, {8, 0, 0}, {40, 0, 0}, {120, 15, 3}, {120, 2, 3}, {120, 3, 3}}) {
         Fenced y(cubic(n));
-        ASSERT_EQ(QOSmoothArray(y.p(), n), 1);
+        const std::span<float> s(y.p(), std::size_t(n));
+        ASSERT_EQ(half ? qomath::numerics::savgol_smooth(s, half, order) : QOSmoothArray(s.data(), n), 1);
         const auto ref = cubic(n);
-        for (int i = 0; i < n; ++i) EXPECT_NEAR(y.values()[i], ref[i], 2e-4 * (1 + std::fabs(ref[i])));
+        for (int i = 0; i < n; ++i) EXPECT_NEAR(s[i], ref[i], 5e-4 * (1 + std::fabs(ref[i]))) << n;
         EXPECT_TRUE(y.intact());
     }
-    for (auto [half, order] : std::initializer_list<std::pair<int, int>>{{15, 3}, {2, 3}, {3, 2}}) {
-        auto y = cubic(120), ref = y;
-        for (int i = 0; i < 120 && order == 2; ++i) y[i] = ref[i] = 0.01f * i * i - i;
-        ASSERT_EQ(qomath::numerics::savgol_smooth(y, half, order), 1);
-        for (int i = 0; i < 120; ++i) EXPECT_NEAR(y[i], ref[i], 1e-3 * (1 + std::fabs(ref[i]))) << i;
-    }
-    std::vector<float> few(5, 1.0f);
-    EXPECT_EQ(QOSmoothArray(few.data(), 5), 0);
-    EXPECT_EQ(qomath::numerics::savgol_smooth(few, 3, 2), -1);  // window longer than the data
-    EXPECT_EQ(qomath::numerics::savgol_smooth(few, 1, 3), -1);
-    EXPECT_EQ(few, std::vector<float>(5, 1.0f));
+    V few(5, 1.0f);  // too short; window longer than the data; order above 2 half
+    EXPECT_EQ(QOSmoothArray(few.data(), 5) + qomath::numerics::savgol_smooth(few, 3, 2) +
+              qomath::numerics::savgol_smooth(few, 1, 3), -2);
+    EXPECT_EQ(few, V(5, 1.0f));
 }
 
 // Element k of each sorted window of w values of src (reference by QSort).
-std::vector<float> sort_each_window(const std::vector<float>& src, int w, int n)
+V sort_each_window(const V& src, int w, int n)
 {
-    std::vector<float> out(n), win(w);
+    V out(n), win(w);
     for (int i = 0; i < n; ++i) {
         std::copy(src.begin() + i, src.begin() + i + w, win.begin());
         QSort(win.data(), 0, w - 1);
@@ -120,28 +113,21 @@ TEST(Median, LagEvenWindowsAndSlidingEqualsSortingEachWindow)
 {
     EXPECT_EQ(run({1, 9, 1, 1}, MedianFilter1d, 3), (V{1, 1, 1, 1}));
     // w = 5 on a ramp: output i is the median centred on input i - 1.
-    std::vector<float> ramp{0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11};
-    auto lag = ramp;
-    ASSERT_EQ(MedianFilter1d(lag.data(), 12, 5), 1);
-    for (int i = 2; i < 12; ++i) EXPECT_EQ(lag[i], i - 1.0f);
-    EXPECT_EQ(lag[0], 0.0f);
+    const V ramp{0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11};
+    EXPECT_EQ(run(ramp, MedianFilter1d, 5), (V{0, 0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10}));
     // Even w = 4 reads y[i-1 .. i+2]: median element 2 is i + 1, mean i + 0.5.
     auto med4 = ramp, mean4 = ramp;
-    ASSERT_EQ(MedianMeanFilter1d(med4.data(), 12, 4, 0), 1);
-    ASSERT_EQ(MedianMeanFilter1d(mean4.data(), 12, 4, 7), 1);
-    for (int i = 1; i < 10; ++i) {
-        EXPECT_EQ(med4[i], i + 1.0f);
-        EXPECT_EQ(mean4[i], i + 0.5f);
-    }
+    ASSERT_EQ(MedianMeanFilter1d(med4.data(), 12, 4, 0) + MedianMeanFilter1d(mean4.data(), 12, 4, 7), 2);
+    for (int i = 1; i < 10; ++i) EXPECT_TRUE(med4[i] == i + 1.0f && mean4[i] == i + 0.5f) << i;
 
     // Random integers (many ties) against sorting every window of the
     // documented padding.
     std::mt19937 gen(5);
     std::uniform_int_distribution<int> d(0, 9);
-    std::vector<float> x(300);
-    for (float& v : x) v = static_cast<float>(d(gen));
+    V x(300);
+    std::generate(x.begin(), x.end(), [&] { return static_cast<float>(d(gen)); });
     auto pad = [&](int before, int from, int to, int after) {
-        std::vector<float> v(before, x[0]);
+        V v(before, x[0]);
         v.insert(v.end(), x.begin() + from, x.begin() + to);
         v.insert(v.end(), after, x.back());
         return v;
@@ -169,34 +155,26 @@ TEST(Median, LagEvenWindowsAndSlidingEqualsSortingEachWindow)
 
 TEST(Median, RefusalsWriteNothing)
 {
-    struct Case { int n, w, flag, status; bool mean_filter; } cases[] = {
-        {2, 3, 0, -1, false}, {8, 2, 0, -2, false}, {8, 9, 0, -2, false},
-        {4, 1, 0, -1, true}, {8, 0, 0, -2, true}, {8, 3, 1, -2, true},
-        {8, 1073741824, 0, -2, true}};
-    for (const Case& c : cases) {
-        Fenced y(std::vector<float>(8, 2.0f));
-        const int rc = c.mean_filter ? MedianMeanFilter1d(y.p(), c.n, c.w, c.flag)
-                                     : MedianFilter1d(y.p(), c.n, c.w);
-        EXPECT_EQ(rc, c.status) << c.n << " " << c.w;
-        EXPECT_EQ(y.values(), std::vector<float>(8, 2.0f));
-        EXPECT_TRUE(y.intact());
-    }
-    EXPECT_EQ(MedianFilter1d(nullptr, 8, 3), -1);
-    EXPECT_EQ(MedianMeanFilter1d(nullptr, 8, 1, 0), -1);
+    Fenced y(V(8, 2.0f));  // MedianFilter1d: n < 3, w < 3, w > n; MedianMeanFilter1d:
+    const int rc[] = {MedianFilter1d(y.p(), 2, 3), MedianFilter1d(y.p(), 8, 2),
+        MedianFilter1d(y.p(), 8, 9),
+        MedianMeanFilter1d(y.p(), 4, 1, 0), MedianMeanFilter1d(y.p(), 8, 0, 0),  // n < 5, w < 1,
+        MedianMeanFilter1d(y.p(), 8, 3, 1), MedianMeanFilter1d(y.p(), 8, 1 << 30, 0),  // 3w > n
+        MedianFilter1d(nullptr, 8, 3), MedianMeanFilter1d(nullptr, 8, 1, 0)};
+    EXPECT_EQ(V(std::begin(rc), std::end(rc)), (V{-1, -2, -2, -1, -2, -2, -2, -1, -1}));
+    EXPECT_TRUE(y.intact() && y.values() == V(8, 2.0f));
 }
 
 TEST(Boxcar, MeansByHandShortArraysAndRefusals)
 {
     // w = 4, h = 2: 5-point means inside, 3-point at 1 and 7, ends kept.
     const V y = run({1, 2, 4, 8, 16, 32, 64, 128, 256}, BoxcarAveraging, 4);
-    EXPECT_EQ(y, (V{1, 7 / 3.0f, 31 / 5.0f, 62 / 5.0f, 124 / 5.0f, 248 / 5.0f, 496 / 5.0f, 448 / 3.0f, 256}));
-    Fenced s(std::vector<float>{3, 6, 9, 30});  // n <= 2h: 3-point means on 1..n-2
-    ASSERT_EQ(BoxcarAveraging(s.p(), 4, 10), 1);
-    EXPECT_EQ(s.values(), (std::vector<float>{3, 6, 15, 30}));
-    EXPECT_TRUE(s.intact());
-    EXPECT_EQ(BoxcarAveraging(s.p(), 4, 11), -2);
-    EXPECT_EQ(BoxcarAveraging(s.p(), 4, 1), -2);
-    EXPECT_EQ(BoxcarAveraging(nullptr, 4, 4), -1);
+    EXPECT_EQ(y, (V{1, 7 / 3.0f, 6.2f, 12.4f, 24.8f, 49.6f, 99.2f, 448 / 3.0f, 256}));
+    Fenced s(V{3, 6, 9, 30});  // n <= 2h: 3-point means on 1..n-2; then w 11, w 1, null
+    const int rc[] = {BoxcarAveraging(s.p(), 4, 10), BoxcarAveraging(s.p(), 4, 11),
+                      BoxcarAveraging(s.p(), 4, 1), BoxcarAveraging(nullptr, 4, 4)};
+    EXPECT_TRUE(rc[0] == 1 && rc[1] == -2 && rc[2] == -2 && rc[3] == -1);
+    EXPECT_TRUE(s.intact() && s.values() == (V{3, 6, 15, 30}));
 }
 
 TEST(NoiseFilters, RulingsByHand)
@@ -215,53 +193,51 @@ TEST(NoiseFilters, RulingsByHand)
     EXPECT_EQ(o, V(5, 3.0f));
     EXPECT_EQ(fed, (V{4, 2.5f, 3.75f, 5, 6}));
 
-    Fenced f(std::vector<float>(9, 1.0f));
+    Fenced f(V(9, 1.0f));
     const int refusals[] = {BroadbandNoiseFilter1d(f.p(), 9, 5), BroadbandNoiseFilter1d(f.p(), 9, 1),
         BandlimitedNoiseFilter1d(f.p(), 4, 50), OscillationFilter(f.p(), 4),
         MedianFilterReplacement1d(f.p(), 2, 1), MedianFilterReplacement1d(nullptr, 5, 1),
         QoMathFilterScaleWlRegion(1, f.p(), f.p(), 9, 0, 2, 3)};
     for (int rc : refusals) EXPECT_EQ(rc, -1);
-    EXPECT_TRUE(f.intact() && f.values() == std::vector<float>(9, 1.0f));
+    EXPECT_TRUE(f.intact() && f.values() == V(9, 1.0f));
 
-    std::vector<float> wl{400, 500, 600, 700}, v{1, 1, 1, 1};
+    V wl{400, 500, 600, 700}, v{1, 1, 1, 1};
     ASSERT_EQ(QoMathFilterScaleWlRegion(0, v.data(), wl.data(), 4, 500, 600, 2), 1);
-    EXPECT_EQ(v, (std::vector<float>{1, 2, 2, 1}));
+    EXPECT_EQ(v, (V{1, 2, 2, 1}));
 }
 
 TEST(DistributeNegativeValues, SumKeptFloorRespectedNearestFirst)
 {
-    const std::vector<float> wl{1, 2, 3, 4, 5, 6, 8, 9};
-    std::vector<float> y{3, -1, 1, 1, 5, -4, 2, 0.5f};
+    const V wl{1, 2, 3, 4, 5, 6, 8, 9};
+    V y{3, -1, 1, 1, 5, -4, 2, 0.5f};
     ASSERT_EQ(QoMathFilterDistributeNegativeValues(wl.data(), y.data(), 8, 0), 1);
     // -1 at 2 nm: tie between 1 and 3 nm, the lower index gives. -4 at 6 nm:
     // 5 nm gives 4 (8 nm is farther).
-    EXPECT_EQ(y, (std::vector<float>{2, 0, 1, 1, 1, 0, 2, 0.5f}));
+    EXPECT_EQ(y, (V{2, 0, 1, 1, 1, 0, 2, 0.5f}));
 
     std::mt19937 gen(9);
     std::uniform_real_distribution<float> d(-2.0f, 6.0f);
-    std::vector<float> grid(500), z(500);
+    V grid(500), z(500);
     for (int i = 0; i < 500; ++i) grid[i] = 300.0f + 0.7f * i, z[i] = d(gen);
-    double before = 0, after = 0;
-    for (float v : z) before += v;
     auto orig = z;
     ASSERT_EQ(QoMathFilterDistributeNegativeValues(grid.data(), z.data(), 500, 0.5f), 1);
+    double change = 0;  // the sum is kept; all at or above the floor; donors only give
     for (int i = 0; i < 500; ++i) {
-        after += z[i];
-        EXPECT_GE(z[i], 0.5f);
-        EXPECT_TRUE(orig[i] < 0.5f || z[i] <= orig[i]) << i;  // donors only give
+        change += double(z[i]) - orig[i];
+        EXPECT_TRUE(z[i] >= 0.5f && (orig[i] < 0.5f || z[i] <= orig[i])) << i;
     }
-    EXPECT_NEAR(after, before, 1e-3);
+    EXPECT_NEAR(change, 0.0, 1e-3);
 
     for (float& v : orig) v = std::fabs(v) + 0.5f;  // nothing below: bit-identical
     z = orig;
     ASSERT_EQ(QoMathFilterDistributeNegativeValues(grid.data(), z.data(), 500, 0.5f), 1);
     EXPECT_EQ(std::memcmp(z.data(), orig.data(), 500 * sizeof(float)), 0);
 
-    Fenced low(std::vector<float>{1, -3, 1});
+    Fenced low(V{1, -3, 1});  // sum below n floor; null; n < 1
     EXPECT_EQ(QoMathFilterDistributeNegativeValues(wl.data(), low.p(), 3, 0), -2);
-    EXPECT_EQ(QoMathFilterDistributeNegativeValues(nullptr, low.p(), 3, 0), -1);
-    EXPECT_EQ(QoMathFilterDistributeNegativeValues(wl.data(), low.p(), 0, 0), -1);
-    EXPECT_TRUE(low.intact() && low.values() == (std::vector<float>{1, -3, 1}));
+    EXPECT_EQ(QoMathFilterDistributeNegativeValues(nullptr, low.p(), 3, 0) +
+              QoMathFilterDistributeNegativeValues(wl.data(), low.p(), 0, 0), -2);
+    EXPECT_TRUE(low.intact() && low.values() == (V{1, -3, 1}));
 }
 
 TEST(SNFilter, SmoothsNoiseKeepsQuadraticsPeaksAndSaturation)
@@ -270,26 +246,24 @@ TEST(SNFilter, SmoothsNoiseKeepsQuadraticsPeaksAndSaturation)
     std::normal_distribution<double> noise(0.0, 3.0);
     std::vector<double> y(1024), quad(1024);
     for (int i = 0; i < 1024; ++i) y[i] = 10.0 + noise(gen), quad[i] = 0.001 * i * i + 20;
-    y[500] = 65535.0;  // saturated: kept
-    y[800] = 30000.0;  // a line far above the noise: kept
+    y[500] = 65535.0;  // saturated, and a line far above the noise: both kept
+    y[800] = 30000.0;
     const auto orig = y;
     ASSERT_EQ(SNFilter(y.data(), 1024, 0, 0.0, 0.5, 65535.0), 1);
     double rough = 0, rough0 = 0;  // squared steps over the noisy floor
     for (int i = 10; i < 490; ++i)
         rough += std::pow(y[i + 1] - y[i], 2), rough0 += std::pow(orig[i + 1] - orig[i], 2);
     EXPECT_LT(rough, 0.75 * rough0);
-    EXPECT_EQ(y[500], 65535.0);
-    EXPECT_EQ(y[800], 30000.0);
-    auto q = quad;
-    ASSERT_EQ(SNFilter(q.data(), 1024, 1, 0.0, 1.0, 0.0), 1);
-    for (int i = 0; i < 1024; ++i) EXPECT_NEAR(q[i], quad[i], 1e-9 * quad[i]);
-    y = orig;
-    ASSERT_EQ(SNFilter(y.data(), 1024, 0, 0.0, 0.0, 65535.0), 1);
-    EXPECT_EQ(SNFilter(y.data(), 6, 0, 0, 0.5, 65535), -1);
-    EXPECT_EQ(SNFilter(y.data(), 1024, 2, 0, 0.5, 65535), -1);
-    EXPECT_EQ(SNFilter(y.data(), 1024, 0, 0, 1.5, 65535), -1);
-    EXPECT_EQ(SNFilter(y.data(), 1024, 0, 100, 0.5, 50), -1);
-    EXPECT_EQ(y, orig);  // strength 0 and the refusals leave the values
+    EXPECT_TRUE(y[500] == 65535.0 && y[800] == 30000.0);
+    ASSERT_EQ(SNFilter(quad.data(), 1024, 1, 0.0, 1.0, 0.0), 1);
+    for (int i = 0; i < 1024; ++i) EXPECT_NEAR(quad[i], 0.001 * i * i + 20, 1e-9 * quad[i]);
+    y = orig;  // strength 0 and the refusals leave the values
+    const int rc[] = {SNFilter(y.data(), 1024, 0, 0.0, 0.0, 65535.0),
+        SNFilter(y.data(), 6, 0, 0, 0.5, 65535),
+        SNFilter(y.data(), 1024, 2, 0, 0.5, 65535), SNFilter(y.data(), 1024, 0, 0, 1.5, 65535),
+        SNFilter(y.data(), 1024, 0, 100, 0.5, 50)};
+    EXPECT_EQ(std::vector<int>(std::begin(rc), std::end(rc)), (std::vector<int>{1, -1, -1, -1, -1}));
+    EXPECT_EQ(y, orig);
 }
 
 }  // namespace
