@@ -111,9 +111,10 @@ QOMATH_API int MTF_1d(const float* in, int n, float step, float* out);
  * algorithm runs on the remainders; the result is 10^decimals times the
  * last divisor (the divisor itself when the first remainder is 0:
  * lcf(6, 3, 0) = 3). lcf(0.5, 0.75, -2) = 0.25.
- * |a| < 1e-15 returns b and |b| < 1e-15 returns a (as given); a value that
- * floors to 0 makes the other floor the answer. 0 when |decimals| > 10, a
- * value is NaN or infinite, or a scaled floor lies beyond 32-bit range. */
+ * 0 when a value is NaN or infinite (checked first); then |a| < 1e-15
+ * returns b and |b| < 1e-15 returns a (as given); 0 when |decimals| > 10 or
+ * a scaled floor lies beyond 32-bit range; a value that floors to 0 makes
+ * the other floor the answer. */
 QOMATH_API float lcf(float a, float b, int decimals);
 
 #ifdef __cplusplus

@@ -239,9 +239,9 @@ void run_pow2(float* x, const Plan& plan, float* re, float* im)
 
 bool fft_pow2(float* x, std::size_t n, int sign)
 {
-    const Plan& plan = plan_for(static_cast<unsigned>(std::countr_zero(n)));
-    auto buf = scratch<float>(2 * n);
+    auto buf = scratch<float>(2 * n);  // first, so that a size beyond memory builds no tables
     if (!buf) return false;
+    const Plan& plan = plan_for(static_cast<unsigned>(std::countr_zero(n)));
     if (sign < 0)
         run_pow2<true>(x, plan, buf.get(), buf.get() + n);
     else
@@ -413,10 +413,10 @@ int MTF_1d(const float* in, int n, float step, float* out)
 
 float lcf(float a, float b, int decimals)
 {
+    if (!std::isfinite(a) || !std::isfinite(b)) return 0.0f;  // also ahead of the zero rules
     if (std::fabs(a) < 1e-15f) return b;
     if (std::fabs(b) < 1e-15f) return a;
     if (decimals > 10 || decimals < -10) return 0.0f;
-    if (!std::isfinite(a) || !std::isfinite(b)) return 0.0f;
     const double scale = std::pow(10.0, -decimals);
     const double fa = std::floor(a * scale), fb = std::floor(b * scale);
     constexpr double lo = std::numeric_limits<std::int32_t>::min();
