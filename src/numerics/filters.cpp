@@ -39,6 +39,8 @@ int BoxcarAveraging(float* y, int n, int w)
         // the two ranges meet and cover 1..n-2; they never leave the array.
         for (int i = 1; i <= std::min(h - 1, n - 2); ++i) three(i);
         for (int i = std::max(n - h, 1); i <= n - 2; ++i) three(i);
+        // 2h + 1 points: an even w averages w + 1, as hosts' smoothing
+        // widths have always meant.
         for (int i = h; i <= n - h - 1; ++i) {
             double sum = 0.0;
             for (int j = i - h; j <= i + h; ++j) sum += d[j];

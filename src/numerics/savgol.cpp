@@ -123,6 +123,8 @@ int FilterSavgol(float* c, int np, int nl, int nr, int ld, int m)
     return guarded(-2, [&] {
         std::vector<float> coef(static_cast<std::size_t>(nl) + static_cast<std::size_t>(nr) + 1);
         if (int rc = qomath::numerics::savgol_coefficients(nl, nr, ld, m, coef); rc != 1) return rc;
+        // ld > 0 gives the ld-th polynomial coefficient itself (no ld!
+        // factor): callers scale derivatives themselves.
         std::fill(c + 1, c + 1 + np, 0.0f);
         // Wrap-around order from index 1: offset k at c[((np - k) mod np) + 1].
         for (int k = -nl; k <= nr; ++k)
@@ -149,6 +151,7 @@ int QOSmoothArray(float* y, int n)
             out[r] = static_cast<float>(head / 42.0);
             out[count - 1 - r] = static_cast<float>(tail / 42.0);
         }
+        // The outer weight 0.09523811 is 2/21 as hosts' smoothed data have it.
         for (std::size_t i = 3; i + 3 < count; ++i)
             out[i] = (y[i - 2] + y[i + 2]) / 7.0f - (y[i - 3] + y[i + 3]) * 0.09523811f +
                      (y[i - 1] + y[i + 1]) / 3.5f + y[i] / 3.0f;
