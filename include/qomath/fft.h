@@ -26,8 +26,9 @@ extern "C" {
  * Powers of two run a radix-4 transform on per-size twiddle tables built
  * once per process (thread-safe); an even nn that is not a power of two
  * gets the exact transform of nn points as well (chirp-z).
- * Returns 0 ok; 1 when nn < 5; 2 when nn is odd; 3 when isign is neither 1
- * nor -1; 4 when data is null; 5 when scratch memory cannot be had.
+ * Returns, checked in this order: 1 when nn < 5; 2 when nn is odd; 3 when
+ * isign is neither 1 nor -1; 4 when data is null; 5 when scratch memory
+ * cannot be had; else 0 (done).
  * A forward then inverse transform multiplies by nn. */
 QOMATH_API int FFTDiscrete(float* data, unsigned nn, int isign);
 
@@ -51,7 +52,8 @@ QOMATH_API int FFTDiscrete2(float* data, int n, float* out, int mode);
  * k = 0 .. na+nb-2 (numpy's convolve), sums in float in increasing i.
  * out must not overlap a or b.
  * Returns 1; -1 when a pointer is null, na < 1, nb < 1 or
- * nOut != na + nb - 1. */
+ * nOut != na + nb - 1; -2 when scratch memory (a padded copy of b) cannot be
+ * had. */
 QOMATH_API int convolution_1d(float* a, int na, float* b, int nb, float* out, int nOut);
 /* The same on doubles, sums in double. */
 QOMATH_API int convolution_1dD(double* a, int na, double* b, int nb, double* out, int nOut);
