@@ -22,7 +22,10 @@ check_build() {
 for what in "$@"; do
   case "$what" in
     build|test) check_build ;;
-    bench) check_build; have_file /usr/include/benchmark/benchmark.h || need+=(libbenchmark-dev) ;;
+    bench)
+      check_build
+      have_file /usr/include/benchmark/benchmark.h || need+=(libbenchmark-dev)
+      have_file /usr/include/fftw3.h || need+=(libfftw3-dev) ;;
     fuzz)
       check_build
       if ! have_cmd clang++; then

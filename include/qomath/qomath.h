@@ -12,6 +12,8 @@
 #include "qomath/linalg.h"
 #include "qomath/interpolation.h"
 #include "qomath/arrays.h"
+#include "qomath/filters.h"
+#include "qomath/fft.h"
 #include "qomath/spectral_arith.h"
 #include "qomath/tristimulus.h"
 #include "qomath/chromaticity.h"
