@@ -122,6 +122,24 @@ constexpr Command kCommands[] = {
      "Exit status: 0 done, 1 the file could not be written, 2 usage error\n"
      "(unknown lamp, FWHM or step not above 0).\n",
      run_lines},
+    {"smooth", "smooth spectra: Savitzky-Golay, running median or boxcar",
+     "usage: qomath smooth --filter savgol|median|boxcar --window W [--order M]\n"
+     "                     [--unit UNIT] FILE... (-o OUT | --suffix S)\n\n"
+     "Smooths each spectrum (a spectral file of either version, or two-column\n"
+     "text with --unit) with a centred window of W points, W odd:\n"
+     "  savgol   Savitzky-Golay, a least-squares polynomial of order M (default\n"
+     "           2) over each window, shortened and one-sided at the ends, so a\n"
+     "           polynomial of order M passes unchanged\n"
+     "  median   running median (removes spikes; the ends repeat the end values)\n"
+     "  boxcar   running mean (the ends repeat the end values)\n"
+     "The result keeps the input's version, header, unit, wavelengths and\n"
+     "information lines, with one more line naming the filter. -o OUT writes\n"
+     "the one input's result to OUT; --suffix S writes each beside its input\n"
+     "(lamp.txt -> lampS.txt). An output is replaced only when complete and\n"
+     "never when it is an input (usage error).\n"
+     "A window longer than a file's data fails that file; the others go on.\n"
+     "Exit status: 0 all smoothed, 1 some failed, 2 usage error.\n",
+     run_smooth},
 };
 
 void print_usage(std::FILE* out)

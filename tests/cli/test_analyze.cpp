@@ -686,6 +686,67 @@ TEST(Convert, Errors)
     EXPECT_FALSE(fs::exists(tmp / "out.txt"));
 }
 
+// ---- smooth ----------------------------------------------------------------------
+
+// The data lines of a version 2.0 file written by the program, as numbers.
+std::vector<std::pair<double, double>> points_of(const std::string& path)
+{
+    std::ifstream f(path);
+    std::string line;
+    std::vector<std::pair<double, double>> p;
+    while (std::getline(f, line))
+        if (const auto comma = line.find(", "); comma != std::string::npos && std::isdigit(line[0]))
+            p.emplace_back(std::stod(line.substr(0, comma)), std::stod(line.substr(comma + 2)));
+    return p;
+}
+
+TEST(Smooth, FiltersKeepWhatTheyShouldAndNeverHarmAFile)
+{
+    Scratch tmp("smooth");
+    // A quadratic passes Savitzky-Golay of order 2 unchanged, ends included;
+    // a single spike leaves the running median.
+    std::vector<double> wl, quad, spiky;
+    for (int i = 0; i < 101; ++i) {
+        wl.push_back(400 + 2 * i);
+        quad.push_back(5 + 0.3 * i - 0.004 * i * i);
+        spiky.push_back(i == 50 ? 40.0 : 2.0);
+    }
+    v2_file(tmp / "quad.txt", "Irradiance", wl, quad);
+    v2_file(tmp / "spiky.txt", "Counts", wl, spiky);
+    ASSERT_EQ(qomath("smooth --filter savgol --window 11 " + tmp / "quad.txt -o " + tmp / "q.txt").status, 0);
+    const auto q = points_of(tmp / "q.txt");
+    ASSERT_EQ(q.size(), 101u);
+    for (std::size_t i = 0; i < q.size(); ++i) {
+        EXPECT_EQ(q[i].first, wl[i]);
+        EXPECT_NEAR(q[i].second, quad[i], 1e-4) << i;
+    }
+    ASSERT_EQ(qomath("smooth --filter median --window 5 --suffix _m " + tmp / "spiky.txt").status, 0);
+    for (const auto& [x, y] : points_of(tmp / "spiky_m.txt")) EXPECT_EQ(y, 2.0) << x;
+    // The header, unit and information lines stay, the filter is named.
+    const Csv c = parse_csv(qomath("analyze --csv " + tmp / "q.txt", false).out);
+    EXPECT_EQ(c.rows.at(0).at("unit"), "Irradiance");
+    EXPECT_NE(qomath("analyze --json " + tmp / "q.txt", false).out.find("Smoothed: Savitzky-Golay, 11 points, order 2"),
+              std::string::npos);
+
+    // Never over an input, also through a link; an even window is a usage error.
+    fs::create_symlink(tmp / "quad.txt", tmp / "link.txt");
+    const auto before = fs::file_size(tmp / "quad.txt");
+    EXPECT_EQ(qomath("smooth --filter boxcar --window 5 " + tmp / "quad.txt -o " + tmp / "link.txt").status, 2);
+    EXPECT_EQ(qomath("smooth --filter boxcar --window 5 --suffix '' " + tmp / "quad.txt").status, 2);
+    EXPECT_EQ(qomath("smooth --filter boxcar --window 4 " + tmp / "quad.txt -o " + tmp / "x.txt").status, 2);
+    EXPECT_EQ(fs::file_size(tmp / "quad.txt"), before);
+    // A window longer than a file's data fails that file and keeps an old output.
+    std::ofstream(tmp / "short_m.txt") << "old\n";
+    v2_file(tmp / "short.txt", "Counts", {400, 401, 402, 403, 404, 405, 406}, {1, 2, 3, 4, 5, 6, 7});
+    const Outcome r = qomath("smooth --filter median --window 5 --suffix _m " + tmp / "short.txt " + tmp / "spiky.txt");
+    EXPECT_EQ(r.status, 1);
+    EXPECT_NE(r.out.find("short.txt: cannot smooth (the window is too long for its 7 points)"), std::string::npos) << r.out;
+    std::ifstream old(tmp / "short_m.txt");
+    std::string first;
+    std::getline(old, first);
+    EXPECT_EQ(first, "old");
+}
+
 // ---- plot -------------------------------------------------------------------
 
 // Checks that every tag is closed in order; returns "" or the problem.
