@@ -3,50 +3,21 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <csignal>
 #include <cstring>
-#include <filesystem>
-#include <fstream>
 #include <memory>
 #include <sstream>
 #include <string>
 #include <vector>
 
-#include <sys/resource.h>
-#include <unistd.h>
-
+#include "files/scratch.hpp"
 #include "qomath/qofile.h"
 #include "qomath/spectral_file.h"
 
 namespace {
 
-namespace fs = std::filesystem;
 using Lines = std::vector<std::string>;
-
-const fs::path& folder()
-{
-    static const fs::path dir = fs::temp_directory_path() / ("qomath-qofile-" + std::to_string(::getpid()));
-    fs::create_directories(dir);
-    return dir;
-}
-
-struct RemoveFolder : ::testing::Environment {
-    void TearDown() override { fs::remove_all(folder()); }
-};
-[[maybe_unused]] auto* const g_cleanup = ::testing::AddGlobalTestEnvironment(new RemoveFolder);
-
-std::string put(const std::string& name, const std::string& bytes)
-{
-    const fs::path p = folder() / name;
-    std::ofstream(p, std::ios::binary) << bytes;
-    return p.string();
-}
-
-std::string get(const std::string& path)
-{
-    std::ifstream in(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), {}};
-}
+using scratch::folder, scratch::get, scratch::put;
+namespace fs = std::filesystem;
 
 std::string join(const Lines& lines, std::size_t n = std::string::npos)
 {
@@ -88,10 +59,9 @@ const Lines kFull{"2.0 [Quarvel Optronic Spectral File]\r",
                   "381,2.5e-3\r",
                   "382,-7"};
 
-TEST(QOFile, LoadsAVersion2FileWithAllTags)
+// What a load of kFull gives (and its copies keep).
+void expect_full(CQOFile& f)
 {
-    CQOFile f;
-    ASSERT_EQ(f.Load(put("full.txt", join(kFull)).c_str()), 1);
     EXPECT_STREQ(f.GetHeader(), "Lamp A\r");  // text lines keep their CR
     EXPECT_STREQ(f.GetUnitName(), "Irradiance");
     EXPECT_STREQ(f.GetTimeStamp(), "2021-03-04 10:11:12");
@@ -101,17 +71,33 @@ TEST(QOFile, LoadsAVersion2FileWithAllTags)
     EXPECT_STREQ(f.GetAdditionLineInfo(3), "note");
     EXPECT_EQ(f.GetAdditionLineInfo(4), nullptr);
     EXPECT_EQ(f.GetDataLength(), 3u);
-    EXPECT_EQ(f.GetWavelengthLength(), 3u);
     EXPECT_EQ(f.GetWavelength(), (std::vector<double>{380, 381, 382}));
     EXPECT_EQ(f.GetSpectral(), (std::vector<double>{0.15, 2.5e-3, -7}));
+}
 
-    // A later load starts from scratch; Init empties everything.
+TEST(QOFile, LoadsAVersion2FileWithAllTagsAndCopiesIt)
+{
+    CQOFile f;
+    ASSERT_EQ(f.Load(put("full.txt", join(kFull)).c_str()), 1);
+    expect_full(f);
+    EXPECT_EQ(f.GetWavelengthLength(), 3u);
+
+    // Copies are memberwise; a later load starts from scratch and leaves them alone.
+    CQOFile b(f), c;
+    c = f;
+    CQOFile& same = c;
+    c = same;  // self-assignment keeps the contents
     ASSERT_EQ(f.Load(put("plain.txt", file2({}, 2)).c_str()), 1);
     EXPECT_STREQ(f.GetTimeStamp(), "");
     EXPECT_EQ(f.GetAverages(), 0u);
-    f.Init();
+    expect_full(b);
+    expect_full(c);
+    EXPECT_NE(b.GetHeader(), c.GetHeader());
+    f.Init();  // empties everything, and so does assigning the empty object
     EXPECT_STREQ(f.GetHeader(), "");
     EXPECT_EQ(f.GetDataLength() + f.GetWavelengthLength() + f.GetAdditionalInfoCount(), 0u);
+    c = f;
+    EXPECT_EQ(c.GetWavelengthLength() + c.GetAdditionalInfoCount(), 0u);
 }
 
 TEST(QOFile, TagsAreCaseSensitiveAndCutBeforeTheBlank)
@@ -213,28 +199,6 @@ TEST(QOFile, HostileLinesAndNumbers)
     EXPECT_EQ(f.GetWavelengthLength(), 4097u);
 }
 
-TEST(QOFile, CopiesAreMemberwiseAndIndependent)
-{
-    CQOFile a;
-    ASSERT_EQ(a.Load(put("full.txt", join(kFull)).c_str()), 1);
-    CQOFile b(a);
-    CQOFile c;
-    c = a;
-    CQOFile& same = c;
-    c = same;  // self-assignment keeps the contents
-    a.Init();
-    for (CQOFile* x : {&b, &c}) {
-        EXPECT_STREQ(x->GetHeader(), "Lamp A\r");
-        EXPECT_STREQ(x->GetTimeStamp(), "2021-03-04 10:11:12");
-        EXPECT_EQ(x->GetAverages() + x->GetIntegrationTime_ms(), 262.5);
-        EXPECT_STREQ(x->GetAdditionLineInfo(3), "note");
-        EXPECT_EQ(x->GetSpectral(), (std::vector<double>{0.15, 2.5e-3, -7}));
-    }
-    EXPECT_NE(b.GetHeader(), c.GetHeader());
-    c = a;  // assigning an empty object empties
-    EXPECT_EQ(c.GetWavelengthLength() + c.GetAdditionalInfoCount(), 0u);
-}
-
 TEST(QOFile, SaveWritesStreamFormattedLinesAndRoundTrips)
 {
     CQOFile f;
@@ -282,16 +246,9 @@ TEST(QOFile, FailingSaveLeavesTheOldFileIntact)
     EXPECT_EQ(f.Save((folder() / "no" / "x.txt").c_str(), "H", "U", {1}, {1}, {}), -1);
 
     // A write that fails after the file was created: the file size limit.
-    std::vector<double> many(5000, 1.0 / 3);
-    rlimit saved{};
-    ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &saved), 0);
-    const auto previous = std::signal(SIGXFSZ, SIG_IGN);
-    rlimit small = saved;
-    small.rlim_cur = 4096;
-    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &small), 0);
-    const int status = f.Save(p.c_str(), "H", "U", many, many, {});
-    ::setrlimit(RLIMIT_FSIZE, &saved);
-    std::signal(SIGXFSZ, previous);
+    const std::vector<double> many(5000, 1.0 / 3);
+    int status = 0;
+    scratch::with_small_disk([&] { status = f.Save(p.c_str(), "H", "U", many, many, {}); });
     EXPECT_EQ(status, -1);
     EXPECT_EQ(get(p), old);
     EXPECT_EQ(f.Save(folder().c_str(), "H", "U", {1}, {1}, {}), -1);  // a folder stays a folder

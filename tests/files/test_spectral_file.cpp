@@ -3,54 +3,21 @@
 #include <gtest/gtest.h>
 
 #include <bit>
-#include <csignal>
 #include <cstdio>
 #include <cstring>
-#include <filesystem>
-#include <fstream>
 #include <memory>
 #include <random>
 #include <string>
 #include <vector>
 
-#include <sys/resource.h>
-#include <unistd.h>
-
+#include "files/scratch.hpp"
 #include "files/spectral_file.hpp"
 #include "qomath/spectral_file.h"
 
 namespace {
 
 namespace fs = std::filesystem;
-
-const fs::path& folder()
-{
-    static const fs::path dir =
-        fs::temp_directory_path() / ("qomath-spectral-file-" + std::to_string(::getpid()));
-    fs::create_directories(dir);
-    return dir;
-}
-
-struct RemoveFolder : ::testing::Environment {
-    void TearDown() override { fs::remove_all(folder()); }
-};
-[[maybe_unused]] auto* const g_cleanup = ::testing::AddGlobalTestEnvironment(new RemoveFolder);
-
-std::string path(const std::string& name)
-{
-    return (folder() / name).string();
-}
-
-void put(const std::string& p, const std::string& bytes)
-{
-    std::ofstream(p, std::ios::binary | std::ios::trunc) << bytes;
-}
-
-std::string get(const std::string& p)
-{
-    std::ifstream in(p, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), {}};
-}
+using scratch::folder, scratch::get, scratch::path, scratch::put;
 
 std::string join(const std::vector<std::string>& lines, const std::string& eol = "\n")
 {
@@ -311,70 +278,40 @@ TEST(SpectralFileRead, StatusCodesOfEveryStep)
     const std::string marker254 =
         "1.0 " + std::string(218, 'm') + "[Quarvel Optronic Spectral File]";
     ASSERT_EQ(marker254.size(), 254u);
-    const auto set = [](std::size_t i, std::string v) {
-        return [i, v](std::vector<std::string>& l) { l[i] = v; };
+    // one(i, text) / two(i, text): the good file with line i replaced.
+    const auto one = [](std::size_t i, std::string v) { auto l = v1_lines(); l[i] = v; return join(l); };
+    const auto two = [](std::size_t i, std::string v) { auto l = v2_lines(); l[i] = v; return join(l); };
+    const auto grid1 = [](const char* start, const char* step, const char* end) {
+        auto l = v1_lines();
+        l[5] = start, l[6] = step, l[7] = end;
+        return join(l);
     };
+    const auto points = [](int n) { return join(with_points(v2_lines(), n)); };
     const std::string garbage("\x00\xff\x13\x80\n\x01[Quarvel\r\x00\xfe", 16);
-    struct Case {
-        std::string bytes;
-        int want;
-    };
-    const std::vector<Case> v1 = {
-        {join(v1_lines()), 1},
-        {garbage, -4},
-        {edit(v1_lines(), set(0, marker254)), 1},
-        {edit(v1_lines(), set(0, marker254 + "x")), -3},
-        {edit(v1_lines(), set(0, "1.0 [Quarvel Optronic Spectral]")), -4},
-        {edit(v1_lines(), set(0, "0.9 [Quarvel Optronic Spectral File]")), -5},
-        {edit(v1_lines(), set(0, "2.5 [Quarvel Optronic Spectral File]")), 1},
-        {edit(v1_lines(), set(1, std::string(254, 'h'))), 1},
-        {edit(v1_lines(), set(1, std::string(255, 'h'))), -6},
-        {edit(v1_lines(), set(2, std::string(49, 'u'))), 1},
-        {edit(v1_lines(), set(2, std::string(50, 'u'))), -7},
-        {edit(v1_lines(), set(3, "51")), -8},
-        {edit(v1_lines(), set(3, "2147483647")), -8},
-        {edit(v1_lines(), set(4, "")), -9},
-        {edit(v1_lines(), set(4, std::string(255, 'i'))), -9},
-        {edit(v1_lines(), set(4, std::string(254, 'i'))), 1},
-        {edit(v1_lines(), set(7, "400")), -13},
-        {edit(v1_lines(), [](auto& l) { l[5] = "380", l[6] = "0.005", l[7] = "780"; }), -13},
-        {edit(v1_lines(), set(5, "-1")), -14},
-        {edit(v1_lines(), [](auto& l) { l[5] = "0", l[6] = "2", l[7] = "1"; }), -14},
-        {edit(v1_lines(), set(7, "400.5")), -14},                                  // 1 point
-        {edit(v1_lines(), [](auto& l) { l[5] = "0", l[7] = "4096"; }), -14},       // 4097 points
-        {edit(v1_lines(), set(7, "1e30")), -14},
-        {edit(v1_lines(), set(5, "nan")), -14},
-        {edit(v1_lines(), set(7, "401")), 1},                                      // 2 points
-        {edit(v1_lines(), set(9, std::string(5000, '7'))), -15},
-        {edit(v1_lines(), set(9, "text")), 1},
-    };
-    for (std::size_t i = 0; i < v1.size(); ++i) EXPECT_EQ(read1(v1[i].bytes), v1[i].want) << i;
+    const std::string s255(255, 's'), s254(254, 's'), s5000(5000, 's');
+    const struct { std::string bytes; int want; } v1[] = {
+        {join(v1_lines()), 1}, {garbage, -4}, {one(0, marker254), 1}, {one(0, marker254 + "x"), -3},
+        {one(0, "1.0 [Quarvel Optronic Spectral]"), -4}, {one(0, "0.9 [Quarvel Optronic Spectral File]"), -5},
+        {one(0, "2.5 [Quarvel Optronic Spectral File]"), 1}, {one(1, s254), 1}, {one(1, s255), -6},
+        {one(2, std::string(49, 'u')), 1}, {one(2, std::string(50, 'u')), -7}, {one(3, "51"), -8},
+        {one(3, "2147483647"), -8}, {one(4, ""), -9}, {one(4, s255), -9}, {one(4, s254), 1},
+        {one(7, "400"), -13}, {grid1("380", "0.005", "780"), -13}, {one(5, "-1"), -14},
+        {grid1("0", "2", "1"), -14}, {one(7, "400.5"), -14} /* 1 point */,
+        {grid1("0", "1", "4096"), -14} /* 4097 points */, {one(7, "1e30"), -14}, {one(5, "nan"), -14},
+        {one(7, "401"), 1} /* 2 points */, {one(9, std::string(5000, '7')), -15}, {one(9, "text"), 1}};
+    for (const auto& c : v1) EXPECT_EQ(read1(c.bytes), c.want) << &c - v1;
     // A file cut after k lines fails at the step of the first missing line.
     const int cut1[] = {-3, -6, -7, -8, -9, -10, -11, -12, -15, -15, -15};
     for (std::size_t k = 0; k < 11; ++k) EXPECT_EQ(read1(cut(v1_lines(), k)), cut1[k]) << k;
 
-    const std::vector<Case> v2 = {
-        {join(v2_lines()), 1},
-        {garbage, -4},
-        {join(v1_lines()), -5},
-        {edit(v2_lines(), set(1, std::string(5000, 'h'))), -6},
-        {edit(v2_lines(), set(2, std::string(50, 'u'))), -7},
-        {edit(v2_lines(), set(3, "51")), -8},
-        {edit(v2_lines(), set(4, "")), -9},
-        {edit(v2_lines(), set(4, std::string(5000, 'i'))), -9},
-        {edit(v2_lines(), set(7, "399")), -13},
-        {join(with_points(v2_lines(), 0)), -14},
-        {join(with_points(v2_lines(), 1)), -14},
-        {join(with_points(v2_lines(), 2)), 1},
-        {join(with_points(v2_lines(), 4096)), 1},
-        {join(with_points(v2_lines(), 4097)), -14},
-        {edit(v2_lines(), set(6, "-3")), -14},
-        {edit(v2_lines(), set(6, "1e9")), -14},  // read as an integer: 1
-        {edit(v2_lines(), set(6, "99999999999999999999")), -14},
-        {edit(v2_lines(), set(9, std::string(255, '4'))), -15},
-        {edit(v2_lines(), set(9, "nan, text")), 1},
-    };
-    for (std::size_t i = 0; i < v2.size(); ++i) EXPECT_EQ(read2(v2[i].bytes), v2[i].want) << i;
+    const struct { std::string bytes; int want; } v2[] = {
+        {join(v2_lines()), 1}, {garbage, -4}, {join(v1_lines()), -5}, {two(1, s5000), -6},
+        {two(2, std::string(50, 'u')), -7}, {two(3, "51"), -8}, {two(4, ""), -9}, {two(4, s5000), -9},
+        {two(7, "399"), -13}, {points(0), -14}, {points(1), -14}, {points(2), 1}, {points(4096), 1},
+        {points(4097), -14}, {two(6, "-3"), -14}, {two(6, "1e9"), -14} /* read as an integer: 1 */,
+        {two(6, "99999999999999999999"), -14}, {two(9, std::string(255, '4')), -15},
+        {two(9, "nan, text"), 1}};
+    for (const auto& c : v2) EXPECT_EQ(read2(c.bytes), c.want) << &c - v2;
     for (std::size_t k = 0; k < 11; ++k) EXPECT_EQ(read2(cut(v2_lines(), k)), cut1[k]) << k;
 
     // Names, folders and missing files.
@@ -528,21 +465,15 @@ TEST(SpectralFileWrite, FailedWritesLeaveTheOldFile)
 
     // A write that fails half-way (the file size limit stands in for a full
     // disk): the old file stays, and no temporary file is left behind.
-    rlimit old{};
-    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &old), 0);
-    const auto old_handler = std::signal(SIGXFSZ, SIG_IGN);
-    rlimit small = old;
-    small.rlim_cur = 4096;
-    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &small), 0);
-    const std::string log = path("log.csv");
-    put(log, "old row\n");
+    const std::string log = put("log.csv", "old row\n");
     float colour[42] = {};
-    const int got[] = {WriteSpectralFile(p.c_str(), r1.get()),
-                       WriteSpectralFile2(p.c_str(), rec.get()),
-                       WriteSpectralFile3(p.c_str(), rec.get()),
-                       WriteSpectralFile2X(log.c_str(), rec.get(), colour, 1)};
-    setrlimit(RLIMIT_FSIZE, &old);
-    std::signal(SIGXFSZ, old_handler);
+    int got[4] = {};
+    scratch::with_small_disk([&] {
+        got[0] = WriteSpectralFile(p.c_str(), r1.get());
+        got[1] = WriteSpectralFile2(p.c_str(), rec.get());
+        got[2] = WriteSpectralFile3(p.c_str(), rec.get());
+        got[3] = WriteSpectralFile2X(log.c_str(), rec.get(), colour, 1);
+    });
     for (int s : got) EXPECT_EQ(s, -1);
     EXPECT_EQ(get(p), "old contents");
     for (const auto& e : fs::directory_iterator(folder()))
