@@ -76,6 +76,7 @@ Outcome calc(const Vec& v, typ_wlinfo r, float cct, const float* ref = nullptr,
 void expect_all(const typ_cri_result& r, float value, float tol)
 {
     for (float ri : r.ri) EXPECT_NEAR(ri, value, tol);
+    EXPECT_NEAR(r.ra, value, tol);
 }
 
 void expect_cleared(const typ_cri_result& r)
@@ -178,16 +179,6 @@ TEST(CriCalc, ExplicitReference)
 
 TEST(CriDefaultCalc, ReferencesAndIlluminants)
 {
-    for (float t : {2856.0f, 4000.0f}) {
-        const Outcome run = calc(planck(t), k2nm, t);
-        ASSERT_EQ(run.status, 1) << t;
-        expect_all(run.r, 100.0f, 1e-4f);
-        EXPECT_NEAR(run.r.ra, 100.0f, 1e-4f);
-        EXPECT_EQ(run.r.far_from_reference + run.r.above_25000_k, 0);
-    }
-    const Outcome d = calc(daylight(6504), k2nm, 6504);
-    ASSERT_EQ(d.status, 1);
-    expect_all(d.r, 100.0f, 1e-4f);
     // The radiator sampled on other grids, of whole nanometres or not.
     for (const typ_wlinfo g : {typ_wlinfo{380, 780, 5}, typ_wlinfo{381, 779, 1},
                                typ_wlinfo{380.5f, 779.5f, 5}, typ_wlinfo{365.3f, 825.3f, 3.5f}}) {
@@ -235,9 +226,9 @@ TEST(CriDefaultCalc, PoorSources)
 
 TEST(CriDefaultCalc, ReferenceSwitchAndFlags)
 {
-    // 5000 K takes daylight, 4999 K a radiator: each renders itself.
-    expect_all(calc(daylight(5000), k2nm, 5000).r, 100.0f, 1e-4f);
-    expect_all(calc(planck(4999), k2nm, 4999).r, 100.0f, 1e-4f);
+    // 5000 K and up take daylight, below a radiator: each renders itself.
+    for (float t : {2856.0f, 4999.0f}) expect_all(calc(planck(t), k2nm, t).r, 100.0f, 1e-4f);
+    for (float t : {5000.0f, 6504.0f}) expect_all(calc(daylight(t), k2nm, t).r, 100.0f, 1e-4f);
     EXPECT_LT(calc(daylight(5000), k2nm, 4999).r.ri[8], 99.0f);
     // 25000 K takes the daylight branch, where the generator gives xD = 0:
     // that reference has no usable colour, so the call fails cleanly;

@@ -161,34 +161,31 @@ TEST(SummaryColorimetric, TransmittanceAndLines)
 
 TEST(SummaryColorimetric, HostileInput)
 {
-    const Sampled s = grid(380, 780, 5, [](float) { return 1.0; });
+    const auto flat = [](double v) { return grid(380, 780, 5, [v](float) { return v; }); };
+    const Sampled s = flat(1.0);
+    Sampled repeated = s, holed = s;
+    repeated.wl[10] = repeated.wl[9];
+    holed.v[3] = std::numeric_limits<float>::quiet_NaN();
+    // Every failure leaves the whole record cleared.
     const CC zero{};
     CC r{};
-    auto call = [&](const Sampled& x, int n, int unit) {
+    const struct { Sampled x; int n, unit, status; } cases[] = {
+        {Sampled{}, 81, 1, -1}, {s, 81, 7, -1}, {s, 4, 1, -2}, {repeated, 81, 1, -2}, {holed, 81, 1, -2},
+        {grid(850, 1000, 5, [](float) { return 1.0; }), 31, 1, -3}, {flat(0.0), 81, 1, -5},
+        {flat(3e38), 81, 1, -5}};
+    for (const auto& c : cases) {
         r.fill(7.0f);
-        return ColorimetricCalc(x.wl.data(), x.v.data(), n, unit, 0, 0, r.data());
-    };
-    EXPECT_EQ(call(Sampled{}, 81, 1), -1);
+        EXPECT_EQ(ColorimetricCalc(c.x.wl.data(), c.x.v.data(), c.n, c.unit, 0, 0, r.data()), c.status)
+            << &c - cases;
+        EXPECT_EQ(r, zero) << &c - cases;
+    }
     EXPECT_EQ(ColorimetricCalc(s.wl.data(), s.v.data(), s.n(), 1, 0, 0, nullptr), -1);
-    EXPECT_EQ(call(s, s.n(), 7), -1);
-    EXPECT_EQ(call(s, 4, 1), -2);
-    Sampled bad = s;
-    bad.wl[10] = bad.wl[9];
-    EXPECT_EQ(call(bad, bad.n(), 1), -2);
-    bad = s;
-    bad.v[3] = std::numeric_limits<float>::quiet_NaN();
-    EXPECT_EQ(call(bad, bad.n(), 1), -2);
-    EXPECT_EQ(call(grid(850, 1000, 5, [](float) { return 1.0; }), 31, 1), -3);
-    EXPECT_EQ(call(grid(380, 780, 5, [](float) { return 0.0; }), 81, 1), -5);
-    EXPECT_EQ(r, zero);
-    EXPECT_EQ(call(grid(380, 780, 5, [](float) { return 3e38; }), 81, 1), -5);
-    EXPECT_EQ(r, zero);
-    typ_wlinfo range{380, 780, 5};
-    EXPECT_EQ(ColorimetricCalc2(nullptr, &range, 1, 0, 0, r.data()), -1);
-    range = {380, 390, 5};  // three points
-    EXPECT_EQ(ColorimetricCalc2(s.v.data(), &range, 1, 0, 0, r.data()), -2);
-    range = {380, 780, 0.01f};  // 40001 points
-    EXPECT_EQ(ColorimetricCalc2(s.v.data(), &range, 1, 0, 0, r.data()), -2);
+    // Range records: no values, three points, 40001 points.
+    const typ_wlinfo full{380, 780, 5}, three{380, 390, 5}, many{380, 780, 0.01f};
+    r.fill(7.0f);
+    EXPECT_EQ(ColorimetricCalc2(nullptr, &full, 1, 0, 0, r.data()), -1);
+    EXPECT_EQ(ColorimetricCalc2(s.v.data(), &three, 1, 0, 0, r.data()), -2);
+    EXPECT_EQ(ColorimetricCalc2(s.v.data(), &many, 1, 0, 0, r.data()), -2);
     EXPECT_EQ(r, zero);
 }
 

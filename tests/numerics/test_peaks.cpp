@@ -85,36 +85,29 @@ TEST(LineWidth, EveryStatusCode)
     EXPECT_EQ(FWHM(tri, 9, &level, &left, &right), -1);
     EXPECT_EQ(FWHM(nullptr, 11, &level, &left, &right), -1);
     EXPECT_EQ(FWHM(tri, 11, &level, nullptr, &right), -1);
-    float low[11] = {0, 1, 4, 3, 2, 1, 0, 0, 0, 0, 0};
-    EXPECT_EQ(FWHM(low, 11, &level, &left, &right), -2);
-    float high[11] = {0, 0, 0, 0, 0, 1, 2, 3, 3, 4, 0};
-    EXPECT_EQ(FWHM(high, 11, &level, &left, &right), -3);
-    float flat[11] = {1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1};  // last of equal maxima: index 10
-    EXPECT_EQ(FWHM(flat, 11, &level, &left, &right), -3);
-    EXPECT_EQ(LineWidthCalc(tri, 11, 9.9f, &level, &left, &right), -6);
-    EXPECT_EQ(LineWidthCalc(tri, 11, 90.5f, &level, &left, &right), -6);
-    EXPECT_EQ(LineWidthCalc(tri, 11, kNaN, &level, &left, &right), -6);
+    for (float pct : {9.9f, 90.5f, kNaN}) EXPECT_EQ(LineWidthCalc(tri, 11, pct, &level, &left, &right), -6);
 
+    // {samples, status, left, right (-1: not looked at)}.
     float tiny[11];
     for (int i = 0; i < 11; ++i) tiny[i] = tri[i] * 1e-21f;
-    EXPECT_EQ(FWHM(tiny, 11, &level, &left, &right), -4);
-    float nan_left[11] = {0, 1, kNaN, 3, 4, 3, 2, 1, 0, 0, 0};  // crossing at 1, step to NaN
-    EXPECT_EQ(FWHM(nan_left, 11, &level, &left, &right), -4);
-    float shelf[11] = {0, 1, 2, 3, 4, 3, 2, 1, 1, 1, 1};  // no step after the right crossing
-    EXPECT_EQ(FWHM(shelf, 11, &level, &left, &right), -5);
-    EXPECT_EQ(left, 2.0f);
-    EXPECT_EQ(right, 0.0f);
-
-    float no_right[11] = {0, 1, 2, 3, 4, 5, 6, 5, 4, 4, 4};
-    EXPECT_EQ(FWHM(no_right, 11, &level, &left, &right), -6);
-    EXPECT_EQ(left, 0.0f);
-    EXPECT_EQ(right, 0.0f);
-    float no_left[11] = {3, 3, 3, 4, 3, 0, 0, 0, 0, 0, 0};
-    EXPECT_EQ(FWHM(no_left, 11, &level, &left, &right), -6);
-    // Sample 8 sits on the level, so the right edge lands on the last sample.
-    float late[11] = {0, 1, 2, 3, 4, 4, 4, 4, 2, 1, 0};
-    EXPECT_EQ(FWHM(late, 11, &level, &left, &right), -6);
-    EXPECT_EQ(ComputeFWHMoptions(x, late, 11), 0.0f);
+    const struct { std::vector<float> y; int status; float left, right; } cases[] = {
+        {{0, 1, 4, 3, 2, 1, 0, 0, 0, 0, 0}, -2, -1, -1},
+        {{0, 0, 0, 0, 0, 1, 2, 3, 3, 4, 0}, -3, -1, -1},
+        {{1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1}, -3, -1, -1},  // last of equal maxima: index 10
+        {{tiny, tiny + 11}, -4, -1, -1},
+        {{0, 1, kNaN, 3, 4, 3, 2, 1, 0, 0, 0}, -4, -1, -1},  // crossing at 1, step to NaN
+        {{0, 1, 2, 3, 4, 3, 2, 1, 1, 1, 1}, -5, 2, 0},      // no step after the right crossing
+        {{0, 1, 2, 3, 4, 5, 6, 5, 4, 4, 4}, -6, 0, 0},      // no right crossing
+        {{3, 3, 3, 4, 3, 0, 0, 0, 0, 0, 0}, -6, -1, -1},    // no left crossing
+        // Sample 8 sits on the level, so the right edge lands on the last sample.
+        {{0, 1, 2, 3, 4, 4, 4, 4, 2, 1, 0}, -6, -1, -1}};
+    for (const auto& c : cases) {
+        std::vector<float> y = c.y;
+        EXPECT_EQ(FWHM(y.data(), 11, &level, &left, &right), c.status) << &c - cases;
+        EXPECT_TRUE(c.left < 0 || (left == c.left && right == c.right)) << &c - cases;
+    }
+    std::vector<float> late = cases[8].y;
+    EXPECT_EQ(ComputeFWHMoptions(x, late.data(), 11), 0.0f);
     EXPECT_EQ(ComputeFWHMoptions(nullptr, tri, 11), 0.0f);
 }
 
