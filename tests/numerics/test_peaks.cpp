@@ -1,14 +1,6 @@
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <limits>
-#include <vector>
-
-#include "qomath/peaks.h"
+#include "numerics/numerics_tests.hpp"
 
 namespace {
-
-const float kNaN = std::numeric_limits<float>::quiet_NaN();
 
 // baseline + amplitude exp(-(w - centre)^2 / (2 sigma^2)) on start + i * step.
 std::vector<float> gaussian_line(int n, double start, double step, double centre, double sigma,
@@ -20,13 +12,6 @@ std::vector<float> gaussian_line(int n, double start, double step, double centre
         y[static_cast<size_t>(i)] = static_cast<float>(baseline + amplitude * std::exp(-0.5 * d * d));
     }
     return y;
-}
-
-std::vector<float> grid(int n, double start, double step)
-{
-    std::vector<float> x(static_cast<size_t>(n));
-    for (int i = 0; i < n; ++i) x[static_cast<size_t>(i)] = static_cast<float>(start + i * step);
-    return x;
 }
 
 }  // namespace
@@ -57,7 +42,7 @@ TEST(PeakPosition, FirstMaximumAndInterpolatedVertex)
     EXPECT_FLOAT_EQ(GetInterpolatedPeakWavelength(p.data(), &r), 551.25f);
 
     // A rising line peaks at its last sample; the fit there is straight.
-    std::vector<float> ramp = grid(101, 0.0, 1.0);
+    std::vector<float> ramp = grid(0.0, 1.0, 101);
     EXPECT_EQ(GetInterpolatedPeakWavelength(ramp.data(), &r), -2.0f);
     typ_wlinfo two = {500.0f, 501.0f, 1.0f};
     EXPECT_EQ(GetInterpolatedPeakWavelength(p.data(), &two), 0.0f);
@@ -118,7 +103,7 @@ TEST(LineWidth, SampledGaussian)
     // the right edge adds its fraction to the first sample below the level
     // (5.0 nm out), so it sits 2 * (5.0 - 4.7096) nm beyond the geometric one.
     const double sigma = 4.0;
-    std::vector<float> x = grid(401, 400.0, 0.5);
+    std::vector<float> x = grid(400.0, 0.5, 401);
     std::vector<float> y = gaussian_line(401, 400.0, 0.5, 500.0, sigma, 100.0, 0.0);
     const double geometric = 2.3548 * sigma;
     const double excess = 2.0 * (5.0 - geometric / 2.0);
@@ -161,7 +146,7 @@ TEST(PeakWavelengthClass, GaussianLine)
     EXPECT_GT(r2, 0.999999);
 
     typ_peakresults all;
-    std::vector<float> xf = grid(201, 400.0, 1.0);
+    std::vector<float> xf = grid(400.0, 1.0, 201);
     ASSERT_EQ(PeakWlAllCalculations(xf.data(), yf.data(), 201, &all), 1);
     EXPECT_EQ(all.peak_index, 103);
     EXPECT_EQ(all.parabola_status, 1);
