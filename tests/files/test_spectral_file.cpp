@@ -8,6 +8,7 @@
 #include <memory>
 #include <random>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "files/scratch.hpp"
@@ -18,6 +19,7 @@ namespace {
 
 namespace fs = std::filesystem;
 using scratch::folder, scratch::get, scratch::path, scratch::put;
+using Vec = std::vector<float>;
 
 std::string join(const std::vector<std::string>& lines, const std::string& eol = "\n")
 {
@@ -48,19 +50,20 @@ bool untouched(const void* p, std::size_t n)
     return true;
 }
 
-const std::string kV1 = "1.0 [Quarvel Optronic Spectral File]";
-const std::string kV2 = "2.0 [Quarvel Optronic Spectral File]";
-
-std::vector<std::string> v1_lines()
+const std::vector<std::string> kLines1 = {"1.0 [Quarvel Optronic Spectral File]", "Header", "Counts", "1",
+                                          "250 [Integration Time ms]", "400", "1", "402", "1", "2", "3"};
+const std::vector<std::string> kLines2 = {"2.0 [Quarvel Optronic Spectral File]", "Header", "Counts", "1",
+                                          "250 [Integration Time ms]", "400", "3", "402", "400, 1", "401, 2", "402, 3"};
+std::vector<std::string> v1_lines() { return kLines1; }
+std::vector<std::string> v2_lines() { return kLines2; }
+// The good files with line i replaced.
+std::string with(std::vector<std::string> l, std::size_t i, std::string v)
 {
-    return {kV1, "Header", "Counts", "1", "250 [Integration Time ms]", "400", "1", "402",
-            "1", "2", "3"};
+    l[i] = v;
+    return join(l);
 }
-std::vector<std::string> v2_lines()
-{
-    return {kV2, "Header", "Counts", "1", "250 [Integration Time ms]", "400", "3", "402",
-            "400, 1", "401, 2", "402, 3"};
-}
+std::string v1_with(std::size_t i, std::string v) { return with(kLines1, i, v); }
+std::string v2_with(std::size_t i, std::string v) { return with(kLines2, i, v); }
 
 TEST(SpectralFileWrite, Version1BytesAndRecordCleanedInPlace)
 {
@@ -126,10 +129,8 @@ TEST(SpectralFileWrite, Version2BytesAndTheNegativeCount)
     put(p, get(p) + "401\n12\n500, 1\n");  // no comma: value 0; a short line ends the list
     auto back = fenced<SpectralRecord2>();
     ASSERT_EQ(ReadSimpleSpectralFileIn(p.c_str(), &back->rec), 1);
-    EXPECT_EQ(back->rec.pointCount, 3.0f);
-    EXPECT_EQ(back->rec.lastWavelength, 401.0f);
-    EXPECT_EQ(back->rec.values[0], 12345.678f);
-    EXPECT_EQ(back->rec.values[2], 0.0f);
+    const SpectralRecord2& b = back->rec;
+    EXPECT_EQ((Vec{b.pointCount, b.lastWavelength, b.values[0], b.values[2]}), (Vec{3, 401, 12345.678f, 0}));
     EXPECT_TRUE(untouched(&back->rec.firstWavelength, sizeof(float)));
     std::string many;
     for (int i = 0; i < 4100; ++i) many += std::to_string(i) + ", 1\n";
@@ -140,8 +141,7 @@ TEST(SpectralFileWrite, Version2BytesAndTheNegativeCount)
     put(p, "");
     back->rec.lastWavelength = 7.0f;
     ASSERT_EQ(ReadSimpleSpectralFileIn(p.c_str(), &back->rec), 1);
-    EXPECT_EQ(back->rec.pointCount, 0.0f);
-    EXPECT_EQ(back->rec.lastWavelength, 7.0f);
+    EXPECT_EQ((Vec{back->rec.pointCount, back->rec.lastWavelength}), (Vec{0, 7}));
     EXPECT_TRUE(untouched(back->fence, sizeof back->fence));
     EXPECT_EQ(ReadSimpleSpectralFileIn(path("missing").c_str(), &back->rec), -2);
     EXPECT_EQ(ReadSimpleSpectralFileIn("x", &back->rec), -1);
@@ -188,9 +188,8 @@ TEST(SpectralFileRead, RoundTripsOfBothVersions)
     EXPECT_EQ(std::memcmp(&v1->range, &r1->range, sizeof v1->range), 0);
     EXPECT_EQ(std::memcmp(v1->values, r1->values, sizeof v1->values), 0);
     // Version 1.0 lines end in CR LF, and text lines keep their CR.
-    EXPECT_STREQ(r1->header, "round trip\r");
-    EXPECT_STREQ(r1->unitName, "Radiance\r");
-    EXPECT_EQ(r1->infoCount, 50);
+    EXPECT_EQ(std::tuple(std::string(r1->header), std::string(r1->unitName), r1->infoCount),
+              std::tuple("round trip\r", "Radiance\r", 50));
     EXPECT_STREQ(r1->info[49], "49 [line]\r");
 
     auto v2 = std::make_unique<SpectralRecord2>();
@@ -203,8 +202,7 @@ TEST(SpectralFileRead, RoundTripsOfBothVersions)
     EXPECT_EQ(extra.unitCode, 4);
     EXPECT_EQ(std::memcmp(v2->wavelengths, r2->wavelengths, sizeof v2->wavelengths), 0);
     EXPECT_EQ(std::memcmp(v2->values, r2->values, sizeof v2->values), 0);
-    EXPECT_EQ(r2->pointCount, 4096.0f);
-    EXPECT_EQ(r2->lastWavelength, 4096.0f);
+    EXPECT_EQ((Vec{r2->pointCount, r2->lastWavelength}), (Vec{4096, 4096}));
     // Information slots come back blank-padded to 49 characters.
     EXPECT_EQ(std::string(r2->info[3], 50), "3 [line]" + std::string(41, ' ') + '\0');
 }
@@ -220,9 +218,7 @@ int read1(const std::string& bytes, SpectralRecord1* out = nullptr)
     EXPECT_TRUE(untouched(f->fence, sizeof f->fence));
     EXPECT_TRUE(untouched(&f->rec.header[255], 1));  // the header read stops at 255 bytes
     const int n = f->rec.infoCount;
-    if (n >= 0 && n <= 50) {
-        EXPECT_TRUE(untouched(f->rec.info[n], static_cast<std::size_t>(50 - n) * 50));
-    }
+    EXPECT_TRUE(n < 0 || n > 50 || untouched(f->rec.info[n], static_cast<std::size_t>(50 - n) * 50));
     if (out) std::memcpy(out, &f->rec, sizeof *out);
     return s;
 }
@@ -252,13 +248,6 @@ int read2(const std::string& bytes, SpectralRecord2* out = nullptr,
     return s;
 }
 
-template <class F>
-std::string edit(std::vector<std::string> lines, F f)
-{
-    f(lines);
-    return join(lines);
-}
-
 std::string cut(std::vector<std::string> lines, std::size_t keep)
 {
     lines.resize(keep);
@@ -278,9 +267,7 @@ TEST(SpectralFileRead, StatusCodesOfEveryStep)
     const std::string marker254 =
         "1.0 " + std::string(218, 'm') + "[Quarvel Optronic Spectral File]";
     ASSERT_EQ(marker254.size(), 254u);
-    // one(i, text) / two(i, text): the good file with line i replaced.
-    const auto one = [](std::size_t i, std::string v) { auto l = v1_lines(); l[i] = v; return join(l); };
-    const auto two = [](std::size_t i, std::string v) { auto l = v2_lines(); l[i] = v; return join(l); };
+    const auto one = v1_with, two = v2_with;
     const auto grid1 = [](const char* start, const char* step, const char* end) {
         auto l = v1_lines();
         l[5] = start, l[6] = step, l[7] = end;
@@ -373,13 +360,12 @@ TEST(SpectralFileRead, TextsTagsAndVersions)
     EXPECT_EQ(std::string(rec->info[14], 49), "free text \xE9\xB0\r" + std::string(36, ' '));
     EXPECT_EQ(std::string(rec->info[13], 49), std::string(49, 'L'));
 
-    ASSERT_EQ(read2(edit(v2_lines(), [](auto& l) { l[4] = "2024-05-03 15:27:32 [Timestamp]"; }),
-                    rec.get(), &x), 1);
+    ASSERT_EQ(read2(v2_with(4, "2024-05-03 15:27:32 [Timestamp]"), rec.get(), &x), 1);
     EXPECT_STREQ(x.timestamp, "2024-05-03 15:27:32 ");
 
     // Version 1.0 cuts long information lines at 49 characters.
     auto r1 = std::make_unique<SpectralRecord1>();
-    ASSERT_EQ(read1(edit(v1_lines(), [](auto& l) { l[4] = std::string(200, 'z'); }), r1.get()), 1);
+    ASSERT_EQ(read1(v1_with(4, std::string(200, 'z')), r1.get()), 1);
     EXPECT_EQ(std::string(r1->info[0]), std::string(49, 'z'));
 
     // A 2.5 file: the 2.0 reader stops after the texts, the 1.0 reader takes
@@ -392,13 +378,10 @@ TEST(SpectralFileRead, TextsTagsAndVersions)
     const std::string p = path("later.sf");
     put(p, join(later));
     ASSERT_EQ(ReadSpectralFile2(p.c_str(), r2, &x), 1);
-    EXPECT_STREQ(r2->header, "Header");
-    EXPECT_EQ(r2->infoCount, 1);
-    EXPECT_EQ(x.integrationTimeMs, 250.0f);
-    EXPECT_EQ(r2->pointCount, 42.0f);
+    EXPECT_EQ(std::tuple(std::string(r2->header), r2->infoCount, x.integrationTimeMs, r2->pointCount),
+              std::tuple("Header", 1, 250.0f, 42.0f));
     ASSERT_EQ(read1(join(later), r1.get()), 1);
-    EXPECT_EQ(r1->range.end, 402.0f);
-    EXPECT_EQ(r1->values[2], 3.0f);
+    EXPECT_TRUE(r1->range.end == 402.0f && r1->values[2] == 3.0f);
     float version = 0.0f;
     EXPECT_EQ(ReadSpectralFileVersion(p.c_str(), &version), 1);
     EXPECT_EQ(version, 2.5f);
@@ -409,15 +392,13 @@ TEST(SpectralFileRead, TextsTagsAndVersions)
         EXPECT_EQ(std::string(r1->header), "Header" + eol.substr(0, eol.size() - 1));
         EXPECT_EQ(r1->values[1], 2.0f);
         ASSERT_EQ(read2(join(v2_lines(), eol), rec.get(), &x), 1);
-        EXPECT_EQ(rec->values[2], 3.0f);
-        EXPECT_EQ(rec->wavelengths[2], 402.0f);
-        EXPECT_EQ(x.integrationTimeMs, 250.0f);
+        EXPECT_EQ((Vec{rec->values[2], rec->wavelengths[2], x.integrationTimeMs}), (Vec{3, 402, 250}));
     }
     // A data line without a comma, and text: values 0.
-    const auto no_comma = [](auto& l) { l[8] = "400 5", l[9] = "x, y"; };
-    ASSERT_EQ(read2(edit(v2_lines(), no_comma), rec.get()), 1);
-    EXPECT_EQ(rec->values[0], 0.0f);
-    EXPECT_EQ(rec->wavelengths[1], 0.0f);
+    auto no_comma = v2_lines();
+    no_comma[8] = "400 5", no_comma[9] = "x, y";
+    ASSERT_EQ(read2(join(no_comma), rec.get()), 1);
+    EXPECT_TRUE(rec->values[0] == 0.0f && rec->wavelengths[1] == 0.0f);
 }
 
 TEST(SpectralFileRead, GarbageNeverWritesOutsideTheRecord)
@@ -495,9 +476,7 @@ TEST(SpectralFileConvert, BetweenVersionsKeepingTheTextDirection)
     std::strcpy(v1->info[0], "info");
     auto v2 = std::make_unique<SpectralRecord2>();
     ASSERT_EQ(FileConvertSpectralVersion1toVersion2(v1.get(), v2.get()), 1);
-    EXPECT_EQ(v2->pointCount, 3.0f);
-    EXPECT_EQ(v2->lastWavelength, 390.0f);
-    EXPECT_EQ(v2->wavelengths[1], 385.0f);
+    EXPECT_EQ((Vec{v2->pointCount, v2->lastWavelength, v2->wavelengths[1]}), (Vec{3, 390, 385}));
     EXPECT_STREQ(v2->info[0], "info");
     // Two points are too few here (the 1.0 reader takes them); bad grids fail.
     const auto before = *v2;
@@ -518,10 +497,7 @@ TEST(SpectralFileConvert, BetweenVersionsKeepingTheTextDirection)
     ASSERT_EQ(FileConvertSpectralVersion2toVersion1(v2.get(), v1.get()), 1);
     EXPECT_STREQ(v2->header, "from one");
     EXPECT_EQ(v2->infoCount, 0);
-    EXPECT_EQ(v1->range.start, 400.0f);
-    EXPECT_EQ(v1->range.end, 410.0f);
-    EXPECT_EQ(v1->range.step, 5.0f);
-    EXPECT_EQ(v1->values[1], 7.0f);
+    EXPECT_EQ((Vec{v1->range.start, v1->range.end, v1->range.step, v1->values[1]}), (Vec{400, 410, 5, 7}));
     std::strcpy(v1->header, "again");
     for (float count : {2.0f, 4097.0f, std::nanf("")}) {
         v2->pointCount = count;
@@ -555,13 +531,11 @@ TEST(SpectralFileKavriWendo, ConversionsAndTheLegacyFile)
     EXPECT_TRUE(untouched(rec->fence, sizeof rec->fence));
     EXPECT_EQ(std::string(rec->rec.header), std::string(255, 'h'));
     EXPECT_STREQ(rec->rec.unitName, "Irradiance");
-    EXPECT_EQ(rec->rec.values[2], 3.0f);
-    EXPECT_EQ(rec->rec.values[3], 0.0f);
-    EXPECT_EQ(rec->rec.infoCount, 4);
-    EXPECT_STREQ(rec->rec.info[0], "2020-05-03 15:27:32 [Timestamp]");
-    EXPECT_STREQ(rec->rec.info[1], "250.000000 [Exposure Time]");
-    EXPECT_STREQ(rec->rec.info[2], "4 [Averages]");
-    EXPECT_STREQ(rec->rec.info[3], "True [Integration Time Compensation]");
+    EXPECT_TRUE(rec->rec.values[2] == 3.0f && rec->rec.values[3] == 0.0f);
+    ASSERT_EQ(rec->rec.infoCount, 4);
+    const char* info[] = {"2020-05-03 15:27:32 [Timestamp]", "250.000000 [Exposure Time]", "4 [Averages]",
+                          "True [Integration Time Compensation]"};
+    for (int i = 0; i < 4; ++i) EXPECT_STREQ(rec->rec.info[i], info[i]);
     for (const auto& [code, name] : {std::pair{3, "Radiant Flux"}, {1, "counts"}, {-7, "counts"}}) {
         kw->unitCode = code;
         ConvertKavriWendoToSpectralFormat(kw.get(), &rec->rec);
