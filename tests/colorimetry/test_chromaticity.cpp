@@ -1,15 +1,7 @@
 // Chromaticity coordinates, L*a*b* / L*u*v* and the colour differences.
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <limits>
-#include <vector>
-
-#include "qomath/chromaticity.h"
+#include "colorimetry/colour_tests.hpp"
 
 namespace {
-
-constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
 
 void expect3(const float* v, double a, double b, double c, double tol)
 {

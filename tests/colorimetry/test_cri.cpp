@@ -2,27 +2,13 @@
 // illuminants near their references score high, poor sources score low, the
 // reference switches at its temperature limits, and hostile input fails
 // cleanly.
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <array>
-#include <cmath>
-#include <cstring>
-#include <limits>
-#include <vector>
+#include "colorimetry/colour_tests.hpp"
 
 #include "colorimetry/daylight.hpp"
-#include "qomath/cct.h"
-#include "qomath/chromaticity.h"
-#include "qomath/cie_tables.h"
-#include "qomath/cri.h"
-#include "qomath/tristimulus.h"
 
 namespace {
 
-using Vec = std::vector<float>;
 constexpr typ_wlinfo k2nm{360, 830, 2};
-constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
 
 Vec planck(float t)
 {
@@ -38,7 +24,7 @@ Vec daylight(float t)
 }
 
 // Table `selector` of GetCIEData cut to 360..830 nm at `step` nm.
-Vec cie(int selector, int step, typ_wlinfo& r)
+Vec cie_cut(int selector, int step, typ_wlinfo& r)
 {
     Vec all(QOMATH_CIE_MAX_POINTS), out;
     typ_wlinfo t{};
@@ -120,7 +106,7 @@ TEST(CriDaylight, GeneratorAgainstD65Worked)
     // every wavelength the two differ by the weights' difference times S1, S2.
     const Vec gen = daylight(6504);
     typ_wlinfo r{};
-    const Vec d65 = cie(9, 2, r);
+    const Vec d65 = cie_cut(9, 2, r);
     EXPECT_NEAR(gen[0], 50.158f, 2e-3);
     const auto& s1 = qomath::cri::daylight_component(1);
     const auto& s2 = qomath::cri::daylight_component(2);
@@ -136,7 +122,7 @@ TEST(CriDaylight, GeneratorAgainstD65Worked)
 TEST(CriCalc, ExplicitReference)
 {
     typ_wlinfo r5{}, r10{};
-    const Vec a5 = cie(6, 5, r5), a10 = cie(6, 10, r10), d5 = cie(9, 5, r5);
+    const Vec a5 = cie_cut(6, 5, r5), a10 = cie_cut(6, 10, r10), d5 = cie_cut(9, 5, r5);
     float ri[16];
     int warn[3] = {9, 9, 9};
     using Codes = std::array<int, 3>;
@@ -196,8 +182,8 @@ TEST(CriDefaultCalc, ReferencesAndIlluminants)
     // R9 95.64 by the textbook method on a 5 nm grid, same reference).
     typ_wlinfo r{};
     for (int step : {1, 5}) {
-        const Outcome a = calc(cie(6, step, r), r, 2856);
-        const Outcome e = calc(cie(9, step, r), r, 6504);
+        const Outcome a = calc(cie_cut(6, step, r), r, 2856);
+        const Outcome e = calc(cie_cut(9, step, r), r, 6504);
         ASSERT_EQ(a.status + e.status, 2);
         EXPECT_GT(a.r.ra, 99.5f);
         EXPECT_GT(*std::min_element(a.r.ri, a.r.ri + 16), 99.0f);
@@ -247,7 +233,7 @@ TEST(CriDefaultCalc, ReferenceSwitchAndFlags)
 
     // A supplied reference of 49 points is ignored; one of 50 is used.
     typ_wlinfo r{};
-    const Vec d65 = cie(9, 5, r);
+    const Vec d65 = cie_cut(9, 5, r);
     const typ_wlinfo r49{380, 620, 5}, r50{380, 625, 5};
     expect_all(calc(planck(2856), k2nm, 2856, &d65[4], &r49).r, 100.0f, 1e-4f);
     const Outcome used = calc(planck(2856), k2nm, 2856, &d65[4], &r50);
@@ -296,7 +282,7 @@ TEST(CriDefaultCalc, HostileInput)
 TEST(CriDefaultCalc2X, ArraysAndOwnSamples)
 {
     typ_wlinfo r{};
-    const Vec a = cie(6, 5, r);
+    const Vec a = cie_cut(6, 5, r);
     Vec wl;
     for (int i = 0; i < 95; ++i) wl.push_back(360.0f + 5.0f * float(i));
     typ_cri_result x{}, y{}, z{};
