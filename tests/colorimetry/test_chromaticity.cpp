@@ -178,16 +178,16 @@ TEST(DeltaE, EuclideanAndCiede2000WithTheFixedAFactor)
     // Pairs worked in double precision from the CIEDE2000 formula with the
     // frozen a* factor F above and this library's hue mean (360 degrees added
     // whenever the hues lie more than 180 apart): hues across 0 degrees (where
-    // the +360 shows most), neutrals, the blue region where R_T acts, and one
-    // pair in both orders, where dh' = -pi becomes +pi and the result is not
-    // symmetric. Equal colours give 0 exactly.
+    // the +360 shows most), neutrals, the blue region where R_T acts, and
+    // exactly opposite hues in both orders, where dh' = -pi becomes +pi and
+    // the result is far from symmetric. Equal colours give 0 exactly.
     const struct { float p[3], q[3]; double want; } pairs[] = {
         {{50, 40, -7}, {50, 60, 12}, 10.1065954},    {{50, 60, 12}, {50, 40, -7}, 10.1065954},
         {{20, -60, -10}, {80, 30, 2}, 107.928994},   {{50, 2, -1}, {50, -1, 2}, 5.25961199},
         {{80, -10, 30}, {20, -60, -60}, 74.2510258}, {{50, 30, 0}, {50, -30, 0}, 63.5183029},
         {{50, -1, -60}, {50, 2, 30}, 45.1989945},    {{20, 0, 0}, {80, 0, 0}, 60.0},
         {{50, 10, -40}, {50, -5, -45}, 17.5152082},  {{30, -10, -2}, {70, 10, 2}, 47.8009071},
-        {{50, 0, -30}, {60, 0, 20}, 37.3698238},     {{60, 0, 20}, {50, 0, -30}, 37.3698202},
+        {{50, 30, -1}, {50, -60, 2}, 62.9020794},    {{50, -60, 2}, {50, 30, -1}, 81.3784094},
         {{50, 40, -7}, {50, 40, -7}, 0.0}};
     for (const auto& c : pairs) {
         ASSERT_EQ(GetDeltaE(c.p[0], c.p[1], c.p[2], c.q[0], c.q[1], c.q[2], &de), 1);
