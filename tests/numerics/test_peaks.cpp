@@ -55,14 +55,10 @@ TEST(LineWidth, EveryStatusCode)
     float level = -1, left = -1, right = -1;
     float tri[11] = {0, 1, 2, 3, 4, 3, 2, 1, 0, 0, 0};
     ASSERT_EQ(FWHM(tri, 11, &level, &left, &right), 1);
-    EXPECT_EQ(level, 2.0f);
-    EXPECT_EQ(left, 2.0f);
-    EXPECT_EQ(right, 8.0f);  // first sample below 2 is 7; 7 + (2 - 1) / (2 - 1)
+    EXPECT_EQ((Vec{level, left, right}), (Vec{2, 2, 8}));  // first sample below 2 is 7; 7 + (2 - 1) / (2 - 1)
     float tri2[11] = {0, 1, 2, 3, 4, 3, 2, 1, 0, -1, -2};
     ASSERT_EQ(LineWidthCalc(tri2, 11, 25.0f, &level, &left, &right), 1);
-    EXPECT_EQ(level, 1.0f);
-    EXPECT_EQ(left, 1.0f);
-    EXPECT_EQ(right, 9.0f);
+    EXPECT_EQ((Vec{level, left, right}), (Vec{1, 1, 9}));
     float x[11];
     for (int i = 0; i < 11; ++i) x[i] = 500.0f + 2.0f * static_cast<float>(i);
     EXPECT_FLOAT_EQ(ComputeFWHMoptions(x, tri, 11), 12.0f);
@@ -137,21 +133,17 @@ TEST(PeakWavelengthClass, GaussianLine)
     EXPECT_NEAR(peak, 503.3, 0.03);
     double amp = 0, sigma = 0, fwhm = 0, base = 0, rms = 1, r2 = 0;
     ASSERT_EQ(pw.Gaussian(wl, v, peak, amp, sigma, fwhm, base, rms, r2), 1);
-    EXPECT_NEAR(peak, 503.3, 1e-6);
-    EXPECT_NEAR(sigma, 6.0, 1e-6);
-    EXPECT_NEAR(amp, 1000.0, 1e-4);
-    EXPECT_NEAR(base, 20.0, 1e-4);
-    EXPECT_NEAR(fwhm, 2.35482 * 6.0, 1e-4);
-    EXPECT_LT(rms, 1e-6);
-    EXPECT_GT(r2, 0.999999);
+    // {fitted, true value, tolerance}
+    for (auto [got, want, tol] : {std::tuple{peak, 503.3, 1e-6}, {sigma, 6.0, 1e-6}, {amp, 1000.0, 1e-4},
+                                  {base, 20.0, 1e-4}, {fwhm, 2.35482 * 6.0, 1e-4}})
+        EXPECT_NEAR(got, want, tol) << want;
+    EXPECT_TRUE(rms < 1e-6 && r2 > 0.999999) << rms << " " << r2;
 
     typ_peakresults all;
     std::vector<float> xf = grid(400.0, 1.0, 201);
     ASSERT_EQ(PeakWlAllCalculations(xf.data(), yf.data(), 201, &all), 1);
-    EXPECT_EQ(all.peak_index, 103);
-    EXPECT_EQ(all.parabola_status, 1);
+    EXPECT_EQ(std::tuple(all.peak_index, all.parabola_status, all.gaussian_status), std::tuple(103, 1, 1));
     EXPECT_NEAR(all.parabola_wavelength, 503.3, 0.05);
-    EXPECT_EQ(all.gaussian_status, 1);
     EXPECT_NEAR(all.gaussian_wavelength, 503.3, 1e-3);
     EXPECT_NEAR(all.gaussian_sigma, 6.0, 1e-3);
     EXPECT_EQ(PeakWlAllCalculations(nullptr, yf.data(), 201, &all), -1);
