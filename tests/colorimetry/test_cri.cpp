@@ -138,12 +138,9 @@ TEST(CriCalc, ExplicitReference)
     // white give R1 70.235, R3 59.658, R9 74.597, R15 72.008. The whites
     // are 0.069 apart, but |du^2 - dv^2| = 0.0020 raises no warning 3.
     ASSERT_EQ(CRI_Calc(a5.data(), &r5, d5.data(), &r5, ri, warn), 1);
-    EXPECT_NEAR(ri[0], 70.235f, 0.02f);
-    EXPECT_NEAR(ri[2], 59.658f, 0.02f);
-    EXPECT_NEAR(ri[8], 74.597f, 0.02f);
-    EXPECT_NEAR(ri[14], 72.008f, 0.02f);
-    EXPECT_EQ(ri[14], ri[15]);
-    EXPECT_EQ(warn[0], 0);
+    for (auto [i, want] : {std::pair{0, 70.235f}, {2, 59.658f}, {8, 74.597f}, {14, 72.008f}})
+        EXPECT_NEAR(ri[i], want, 0.02f) << "R" << i + 1;
+    EXPECT_TRUE(ri[14] == ri[15] && warn[0] == 0);
     // A narrow blue band against A is far off in u: warning 3.
     Vec blue(95, 0.0f);
     for (int i = 17; i < 22; ++i) blue[i] = 1.0f;  // 445..465 nm
@@ -283,8 +280,7 @@ TEST(CriDefaultCalc2X, ArraysAndOwnSamples)
 {
     typ_wlinfo r{};
     const Vec a = cie_cut(6, 5, r);
-    Vec wl;
-    for (int i = 0; i < 95; ++i) wl.push_back(360.0f + 5.0f * float(i));
+    const Vec wl = flat(360, 830, 5).wl;
     typ_cri_result x{}, y{}, z{};
     ASSERT_EQ(CRI_DefaultCalc2(nullptr, nullptr, 0, wl.data(), a.data(), 95, 2856, &x.ri[0]), 1);
     const Outcome ranged = calc(a, r, 2856);
@@ -294,9 +290,13 @@ TEST(CriDefaultCalc2X, ArraysAndOwnSamples)
     // Sample 1's reflectance in place of slot 14 gives R15 = R1; slot 15 stays.
     float s1[95];
     GetCRITestColorData(0, s1, &r);
-    ASSERT_EQ(CRI_DefaultCalc2X(nullptr, nullptr, 0, wl.data(), a.data(), 95, 2856, wl.data(), s1,
-                                95, nullptr, nullptr, 0, &y.ri[0]),
-              1);
+    // own(slot 14 samples, slot 15 samples): A at 2856 K with its own reflectances.
+    const auto own = [&](const float* w14, const float* v14, int n14, const float* w15, const float* v15,
+                         int n15, float* out) {
+        return CRI_DefaultCalc2X(nullptr, nullptr, 0, wl.data(), a.data(), 95, 2856, w14, v14, n14, w15, v15,
+                                 n15, out);
+    };
+    ASSERT_EQ(own(wl.data(), s1, 95, nullptr, nullptr, 0, &y.ri[0]), 1);
     EXPECT_NEAR(y.ri[14], y.ri[0], 1e-3f);
     EXPECT_EQ(y.ri[15], x.ri[15]);
     // A supplied reference equal to the test source: all 100.
@@ -317,12 +317,8 @@ TEST(CriDefaultCalc2X, ArraysAndOwnSamples)
     EXPECT_EQ(run2(wl.data(), Vec(95).data(), 95, 2856, &z.ri[0]), -5);  // dark
     expect_cleared(z);
     // Own samples must cover 360..830 nm.
-    EXPECT_EQ(CRI_DefaultCalc2X(nullptr, nullptr, 0, wl.data(), a.data(), 95, 2856, &wl[1], s1,
-                                94, nullptr, nullptr, 0, &z.ri[0]),
-              -3);
-    EXPECT_EQ(CRI_DefaultCalc2X(nullptr, nullptr, 0, wl.data(), a.data(), 95, 2856, nullptr,
-                                nullptr, 0, wl.data(), s1, 94, &z.ri[0]),
-              -3);  // ends at 825 nm
+    EXPECT_EQ(own(&wl[1], s1, 94, nullptr, nullptr, 0, &z.ri[0]), -3);
+    EXPECT_EQ(own(nullptr, nullptr, 0, wl.data(), s1, 94, &z.ri[0]), -3);  // ends at 825 nm
 }
 
 }  // namespace
