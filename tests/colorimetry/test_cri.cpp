@@ -210,7 +210,11 @@ TEST(CriDefaultCalc, PoorSources)
 TEST(CriDefaultCalc, ReferenceSwitchAndFlags)
 {
     // 5000 K and up take daylight, below a radiator: each renders itself.
-    for (float t : {2856.0f, 4999.0f}) expect_all(calc(planck(t), k2nm, t).r, 100.0f, 1e-4f);
+    for (float t : {2856.0f, 4999.0f}) {
+        const Outcome p = calc(planck(t), k2nm, t);
+        expect_all(p.r, 100.0f, 1e-4f);
+        EXPECT_EQ(p.r.far_from_reference + p.r.above_25000_k, 0) << t;  // no flag
+    }
     for (float t : {5000.0f, 6504.0f}) expect_all(calc(daylight(t), k2nm, t).r, 100.0f, 1e-4f);
     EXPECT_LT(calc(daylight(5000), k2nm, 4999).r.ri[8], 99.0f);
     // 25000 K takes the daylight branch, where the generator gives xD = 0:
