@@ -1,16 +1,9 @@
 // Correlated colour temperature against the CIE illuminants and points built
 // from the Planckian locus; the isotemperature table against its generator;
 // the Planckian radiator against Wien, Stefan-Boltzmann and its own band sums.
-#include <gtest/gtest.h>
-
-#include <array>
-#include <cmath>
-#include <limits>
-#include <vector>
+#include "colorimetry/colour_tests.hpp"
 
 #include "colorimetry/planck.hpp"
-#include "qomath/cct.h"
-#include "qomath/cie_tables.h"
 
 namespace {
 

@@ -1,18 +1,12 @@
 // The CIE tables against the published CSV files, and the spectrum loci.
-#include <gtest/gtest.h>
+#include "colorimetry/colour_tests.hpp"
 
-#include <cmath>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
-#include <string>
-#include <tuple>
-#include <vector>
 
 #include "colorimetry/cie_tables.hpp"
-#include "qomath/cie_tables.h"
-#include "qomath/grid.h"
 
 namespace {
 

@@ -2,27 +2,13 @@
 // illuminants near their references score high, poor sources score low, the
 // reference switches at its temperature limits, and hostile input fails
 // cleanly.
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <array>
-#include <cmath>
-#include <cstring>
-#include <limits>
-#include <vector>
+#include "colorimetry/colour_tests.hpp"
 
 #include "colorimetry/daylight.hpp"
-#include "qomath/cct.h"
-#include "qomath/chromaticity.h"
-#include "qomath/cie_tables.h"
-#include "qomath/cri.h"
-#include "qomath/tristimulus.h"
 
 namespace {
 
-using Vec = std::vector<float>;
 constexpr typ_wlinfo k2nm{360, 830, 2};
-constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
 
 Vec planck(float t)
 {
@@ -38,7 +24,7 @@ Vec daylight(float t)
 }
 
 // Table `selector` of GetCIEData cut to 360..830 nm at `step` nm.
-Vec cie(int selector, int step, typ_wlinfo& r)
+Vec cie_cut(int selector, int step, typ_wlinfo& r)
 {
     Vec all(QOMATH_CIE_MAX_POINTS), out;
     typ_wlinfo t{};
@@ -76,6 +62,7 @@ Outcome calc(const Vec& v, typ_wlinfo r, float cct, const float* ref = nullptr,
 void expect_all(const typ_cri_result& r, float value, float tol)
 {
     for (float ri : r.ri) EXPECT_NEAR(ri, value, tol);
+    EXPECT_NEAR(r.ra, value, tol);
 }
 
 void expect_cleared(const typ_cri_result& r)
@@ -119,7 +106,7 @@ TEST(CriDaylight, GeneratorAgainstD65Worked)
     // every wavelength the two differ by the weights' difference times S1, S2.
     const Vec gen = daylight(6504);
     typ_wlinfo r{};
-    const Vec d65 = cie(9, 2, r);
+    const Vec d65 = cie_cut(9, 2, r);
     EXPECT_NEAR(gen[0], 50.158f, 2e-3);
     const auto& s1 = qomath::cri::daylight_component(1);
     const auto& s2 = qomath::cri::daylight_component(2);
@@ -135,7 +122,7 @@ TEST(CriDaylight, GeneratorAgainstD65Worked)
 TEST(CriCalc, ExplicitReference)
 {
     typ_wlinfo r5{}, r10{};
-    const Vec a5 = cie(6, 5, r5), a10 = cie(6, 10, r10), d5 = cie(9, 5, r5);
+    const Vec a5 = cie_cut(6, 5, r5), a10 = cie_cut(6, 10, r10), d5 = cie_cut(9, 5, r5);
     float ri[16];
     int warn[3] = {9, 9, 9};
     using Codes = std::array<int, 3>;
@@ -151,12 +138,9 @@ TEST(CriCalc, ExplicitReference)
     // white give R1 70.235, R3 59.658, R9 74.597, R15 72.008. The whites
     // are 0.069 apart, but |du^2 - dv^2| = 0.0020 raises no warning 3.
     ASSERT_EQ(CRI_Calc(a5.data(), &r5, d5.data(), &r5, ri, warn), 1);
-    EXPECT_NEAR(ri[0], 70.235f, 0.02f);
-    EXPECT_NEAR(ri[2], 59.658f, 0.02f);
-    EXPECT_NEAR(ri[8], 74.597f, 0.02f);
-    EXPECT_NEAR(ri[14], 72.008f, 0.02f);
-    EXPECT_EQ(ri[14], ri[15]);
-    EXPECT_EQ(warn[0], 0);
+    for (auto [i, want] : {std::pair{0, 70.235f}, {2, 59.658f}, {8, 74.597f}, {14, 72.008f}})
+        EXPECT_NEAR(ri[i], want, 0.02f) << "R" << i + 1;
+    EXPECT_TRUE(ri[14] == ri[15] && warn[0] == 0);
     // A narrow blue band against A is far off in u: warning 3.
     Vec blue(95, 0.0f);
     for (int i = 17; i < 22; ++i) blue[i] = 1.0f;  // 445..465 nm
@@ -178,16 +162,6 @@ TEST(CriCalc, ExplicitReference)
 
 TEST(CriDefaultCalc, ReferencesAndIlluminants)
 {
-    for (float t : {2856.0f, 4000.0f}) {
-        const Outcome run = calc(planck(t), k2nm, t);
-        ASSERT_EQ(run.status, 1) << t;
-        expect_all(run.r, 100.0f, 1e-4f);
-        EXPECT_NEAR(run.r.ra, 100.0f, 1e-4f);
-        EXPECT_EQ(run.r.far_from_reference + run.r.above_25000_k, 0);
-    }
-    const Outcome d = calc(daylight(6504), k2nm, 6504);
-    ASSERT_EQ(d.status, 1);
-    expect_all(d.r, 100.0f, 1e-4f);
     // The radiator sampled on other grids, of whole nanometres or not.
     for (const typ_wlinfo g : {typ_wlinfo{380, 780, 5}, typ_wlinfo{381, 779, 1},
                                typ_wlinfo{380.5f, 779.5f, 5}, typ_wlinfo{365.3f, 825.3f, 3.5f}}) {
@@ -205,8 +179,8 @@ TEST(CriDefaultCalc, ReferencesAndIlluminants)
     // R9 95.64 by the textbook method on a 5 nm grid, same reference).
     typ_wlinfo r{};
     for (int step : {1, 5}) {
-        const Outcome a = calc(cie(6, step, r), r, 2856);
-        const Outcome e = calc(cie(9, step, r), r, 6504);
+        const Outcome a = calc(cie_cut(6, step, r), r, 2856);
+        const Outcome e = calc(cie_cut(9, step, r), r, 6504);
         ASSERT_EQ(a.status + e.status, 2);
         EXPECT_GT(a.r.ra, 99.5f);
         EXPECT_GT(*std::min_element(a.r.ri, a.r.ri + 16), 99.0f);
@@ -235,9 +209,13 @@ TEST(CriDefaultCalc, PoorSources)
 
 TEST(CriDefaultCalc, ReferenceSwitchAndFlags)
 {
-    // 5000 K takes daylight, 4999 K a radiator: each renders itself.
-    expect_all(calc(daylight(5000), k2nm, 5000).r, 100.0f, 1e-4f);
-    expect_all(calc(planck(4999), k2nm, 4999).r, 100.0f, 1e-4f);
+    // 5000 K and up take daylight, below a radiator: each renders itself.
+    for (float t : {2856.0f, 4999.0f}) {
+        const Outcome p = calc(planck(t), k2nm, t);
+        expect_all(p.r, 100.0f, 1e-4f);
+        EXPECT_EQ(p.r.far_from_reference + p.r.above_25000_k, 0) << t;  // no flag
+    }
+    for (float t : {5000.0f, 6504.0f}) expect_all(calc(daylight(t), k2nm, t).r, 100.0f, 1e-4f);
     EXPECT_LT(calc(daylight(5000), k2nm, 4999).r.ri[8], 99.0f);
     // 25000 K takes the daylight branch, where the generator gives xD = 0:
     // that reference has no usable colour, so the call fails cleanly;
@@ -256,7 +234,7 @@ TEST(CriDefaultCalc, ReferenceSwitchAndFlags)
 
     // A supplied reference of 49 points is ignored; one of 50 is used.
     typ_wlinfo r{};
-    const Vec d65 = cie(9, 5, r);
+    const Vec d65 = cie_cut(9, 5, r);
     const typ_wlinfo r49{380, 620, 5}, r50{380, 625, 5};
     expect_all(calc(planck(2856), k2nm, 2856, &d65[4], &r49).r, 100.0f, 1e-4f);
     const Outcome used = calc(planck(2856), k2nm, 2856, &d65[4], &r50);
@@ -305,9 +283,8 @@ TEST(CriDefaultCalc, HostileInput)
 TEST(CriDefaultCalc2X, ArraysAndOwnSamples)
 {
     typ_wlinfo r{};
-    const Vec a = cie(6, 5, r);
-    Vec wl;
-    for (int i = 0; i < 95; ++i) wl.push_back(360.0f + 5.0f * float(i));
+    const Vec a = cie_cut(6, 5, r);
+    const Vec wl = flat(360, 830, 5).wl;
     typ_cri_result x{}, y{}, z{};
     ASSERT_EQ(CRI_DefaultCalc2(nullptr, nullptr, 0, wl.data(), a.data(), 95, 2856, &x.ri[0]), 1);
     const Outcome ranged = calc(a, r, 2856);
@@ -317,9 +294,13 @@ TEST(CriDefaultCalc2X, ArraysAndOwnSamples)
     // Sample 1's reflectance in place of slot 14 gives R15 = R1; slot 15 stays.
     float s1[95];
     GetCRITestColorData(0, s1, &r);
-    ASSERT_EQ(CRI_DefaultCalc2X(nullptr, nullptr, 0, wl.data(), a.data(), 95, 2856, wl.data(), s1,
-                                95, nullptr, nullptr, 0, &y.ri[0]),
-              1);
+    // own(slot 14 samples, slot 15 samples): A at 2856 K with its own reflectances.
+    const auto own = [&](const float* w14, const float* v14, int n14, const float* w15, const float* v15,
+                         int n15, float* out) {
+        return CRI_DefaultCalc2X(nullptr, nullptr, 0, wl.data(), a.data(), 95, 2856, w14, v14, n14, w15, v15,
+                                 n15, out);
+    };
+    ASSERT_EQ(own(wl.data(), s1, 95, nullptr, nullptr, 0, &y.ri[0]), 1);
     EXPECT_NEAR(y.ri[14], y.ri[0], 1e-3f);
     EXPECT_EQ(y.ri[15], x.ri[15]);
     // A supplied reference equal to the test source: all 100.
@@ -340,12 +321,8 @@ TEST(CriDefaultCalc2X, ArraysAndOwnSamples)
     EXPECT_EQ(run2(wl.data(), Vec(95).data(), 95, 2856, &z.ri[0]), -5);  // dark
     expect_cleared(z);
     // Own samples must cover 360..830 nm.
-    EXPECT_EQ(CRI_DefaultCalc2X(nullptr, nullptr, 0, wl.data(), a.data(), 95, 2856, &wl[1], s1,
-                                94, nullptr, nullptr, 0, &z.ri[0]),
-              -3);
-    EXPECT_EQ(CRI_DefaultCalc2X(nullptr, nullptr, 0, wl.data(), a.data(), 95, 2856, nullptr,
-                                nullptr, 0, wl.data(), s1, 94, &z.ri[0]),
-              -3);  // ends at 825 nm
+    EXPECT_EQ(own(&wl[1], s1, 94, nullptr, nullptr, 0, &z.ri[0]), -3);
+    EXPECT_EQ(own(nullptr, nullptr, 0, wl.data(), s1, 94, &z.ri[0]), -3);  // ends at 825 nm
 }
 
 }  // namespace

@@ -1,26 +1,15 @@
 // Dominant wavelength, excitation and colorimetric purity, the example spectrum.
-#include <gtest/gtest.h>
+#include "colorimetry/colour_tests.hpp"
 
-#include <algorithm>
 #include <atomic>
-#include <cmath>
-#include <cstdint>
 #include <fstream>
-#include <limits>
-#include <string>
 #include <thread>
-#include <tuple>
-#include <vector>
 
 #include "colorimetry/cie_tables.hpp"
-#include "qomath/cie_tables.h"
-#include "qomath/dominant.h"
 
 namespace {
 
 namespace cie = qomath::cie;
-constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
-constexpr float kInf = std::numeric_limits<float>::infinity();
 
 struct Xy {
     float x, y;

@@ -1,17 +1,9 @@
 // Photometric quantities against y-bar areas worked from the CIE table, unit
 // factors worked from pi, the foot and the inch, the tables and names as
 // printed, and hostile input.
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <limits>
-#include <numbers>
-#include <string>
-#include <vector>
+#include "colorimetry/colour_tests.hpp"
 
 #include "colorimetry/photometry.hpp"
-#include "qomath/cie_tables.h"
-#include "qomath/photometry.h"
 
 namespace {
 
@@ -21,20 +13,6 @@ constexpr double kPi = std::numbers::pi, kFt2 = 0.3048 * 0.3048, kIn2 = 0.0254 *
 const double kNits[8] = {1, 1e4, 1 / kPi, 1e4 / kPi, 10 / kPi,
                          1 / (kPi * kFt2), 1 / kFt2, 1 / kIn2};
 const double kLuxes[4] = {1 / kFt2, 1, 1e4, 10};
-const float kNaN = std::numeric_limits<float>::quiet_NaN();
-
-struct Spectrum {
-    std::vector<float> wl, v;
-    int n() const { return static_cast<int>(wl.size()); }
-};
-
-Spectrum flat(float start, float end, float step, float value = 1)
-{
-    Spectrum s;
-    for (int i = 0; start + i * step <= end + 1e-3f; ++i) s.wl.push_back(start + i * step);
-    s.v.assign(s.wl.size(), value);
-    return s;
-}
 
 // Trapezoid area of y-bar over its points every `every` nm from 360 nm.
 double ybar_area(int every)

@@ -1,46 +1,8 @@
 // Tristimulus values against sums worked here from the CIE tables, the
 // wavelength limits, the normalising constant, and hostile input.
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <limits>
-#include <vector>
-
-#include "qomath/cie_tables.h"
-#include "qomath/grid.h"
-#include "qomath/interpolation.h"
-#include "qomath/tristimulus.h"
+#include "colorimetry/colour_tests.hpp"
 
 namespace {
-
-using Vec = std::vector<float>;
-
-struct Spectrum {
-    Vec wl, v;
-    int n() const { return static_cast<int>(wl.size()); }
-};
-
-// Table `selector` of GetCIEData on its own grid, every `every`-th point
-// from `from` nm to `to` nm.
-Spectrum cie(int selector, int every = 1, float from = 0, float to = 1e4f)
-{
-    Vec values(QOMATH_CIE_MAX_POINTS);
-    typ_wlinfo r{};
-    EXPECT_EQ(GetCIEData(selector, values.data(), &r), 1);
-    Spectrum s;
-    for (int i = 0; r.start + i * r.step <= r.end; i += every) {
-        const float w = r.start + static_cast<float>(i) * r.step;
-        if (w >= from && w <= to) s.wl.push_back(w), s.v.push_back(values[i]);
-    }
-    return s;
-}
-
-Spectrum flat(float start, float end, float step)
-{
-    Spectrum s;
-    for (float w = start; w <= end + 1e-3f; w += step) s.wl.push_back(w), s.v.push_back(1.0f);
-    return s;
-}
 
 // Trapezoid sum of s times table `cmf`, 0 outside 360..830 nm, for a grid of
 // whole nanometres (where the table points lie).

@@ -11,8 +11,11 @@
 
 namespace {
 
+using Vec = std::vector<float>;
 constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
 constexpr float kInf = std::numeric_limits<float>::infinity();
+
+auto fields(const typ_wlinfo& r) { return std::tuple(r.start, r.end, r.step); }
 
 TEST(Grid, PointCountStepAndPosition)
 {
@@ -31,10 +34,8 @@ TEST(Grid, PointCountStepAndPosition)
         EXPECT_EQ(WLNumberPts(c.start, c.end, c.step), c.n);
     }
     EXPECT_EQ(WLNumPts(nullptr), 0);
-
     EXPECT_FLOAT_EQ(WLStepSize(380, 780, 81), 5.0f);
-    EXPECT_EQ(WLStepSize(380, 780, 1), 0.0f);
-    EXPECT_EQ(WLStepSize(780, 380, 81), 0.0f);
+    EXPECT_TRUE(WLStepSize(380, 780, 1) == 0.0f && WLStepSize(780, 380, 81) == 0.0f);
 
     // A hair below a grid point belongs to the point before it.
     const typ_wlinfo r{380, 780, 5}, bad{380, 780, 0};
@@ -42,8 +43,7 @@ TEST(Grid, PointCountStepAndPosition)
                                         {std::nextafter(385.0f, 0.0f), 0},
                                         {379.99f, -1}, {780.01f, -1}, {kNaN, -1}};
     for (auto [wl, i] : at) EXPECT_EQ(WLArrayPosition(&r, wl), i) << wl;
-    EXPECT_EQ(WLArrayPosition(&bad, 500), -1);
-    EXPECT_EQ(WLArrayPosition(nullptr, 500), -1);
+    EXPECT_TRUE(WLArrayPosition(&bad, 500) == -1 && WLArrayPosition(nullptr, 500) == -1);
 }
 
 TEST(Grid, RoundoffCheckSnapsOnlyWithinHalfAPercent)
@@ -64,12 +64,12 @@ TEST(Grid, RoundoffCheckSnapsOnlyWithinHalfAPercent)
 TEST(Grid, ZeroPadAddsOneStepBeyondEachBound)
 {
     const typ_wlinfo in{400, 700, 10};
-    std::vector<float> values(40, 0.0f);  // readable for as many points as the output has
+    Vec values(40, 0.0f);  // readable for as many points as the output has
     for (int i = 0; i < 31; ++i) values[static_cast<size_t>(i)] = static_cast<float>(i + 1);
-    std::vector<float> out(3 + 37 + 8, -1.0f);
+    Vec out(3 + 37 + 8, -1.0f);
     typ_wlinfo out_range{380, 720, 0};
     ASSERT_EQ(ZeroPadSpectralData(values.data(), &in, out.data(), &out_range), 1);
-    EXPECT_EQ(std::tuple(out_range.start, out_range.end, out_range.step), std::tuple(370.0f, 730.0f, 10.0f));
+    EXPECT_EQ(fields(out_range), std::tuple(370.0f, 730.0f, 10.0f));
     ASSERT_EQ(WLNumPts(&out_range), 37);
     // Zeros at 370..390, the data from 400 to 700, zeros to 730 (and the
     // copied zero tail of the input), nothing written past trunc(q_low) + points.
@@ -79,7 +79,7 @@ TEST(Grid, ZeroPadAddsOneStepBeyondEachBound)
     // Asking for exactly the input range still pads by one step each side.
     out_range = {400, 700, 0};
     ASSERT_EQ(ZeroPadSpectralData(values.data(), &in, out.data(), &out_range), 1);
-    EXPECT_EQ(std::tuple(out_range.start, out_range.end, out_range.step), std::tuple(390.0f, 710.0f, 10.0f));
+    EXPECT_EQ(fields(out_range), std::tuple(390.0f, 710.0f, 10.0f));
     EXPECT_TRUE(out[0] == 0.0f && out[1] == 1.0f);
 
     // A flat record, a null pointer, or a requested start above the data
@@ -105,8 +105,7 @@ TEST(Grid, TrapezoidIntegration)
     EXPECT_DOUBLE_EQ(IntegrationDiscreteD(xd, yd, 4), 7.0);
     const double xw[] = {400, 402, 404}, yw[] = {2, 2, 2}, xrd[] = {400, 399, 401};
     EXPECT_DOUBLE_EQ(IntegrationDiscreteD(xw, yw, 3), 2.0);  // 2/2 + 2/2
-    EXPECT_EQ(IntegrationDiscreteD(xrd, yw, 3), 0.0);
-    EXPECT_EQ(IntegrationDiscreteD(xd, nullptr, 4), 0.0);
+    EXPECT_TRUE(IntegrationDiscreteD(xrd, yw, 3) == 0.0 && IntegrationDiscreteD(xd, nullptr, 4) == 0.0);
 }
 
 TEST(Grid, PolynomialCalibration)
@@ -115,10 +114,8 @@ TEST(Grid, PolynomialCalibration)
     auto wl = [&](double p) { return c[0] + c[1] * p + c[2] * p * p + c[3] * p * p * p; };
     EXPECT_NEAR(WavelengthForPixelFromPolyCal(c, 3, 512), wl(512), 1e-9);
     EXPECT_NEAR(WavelengthForPixelFromPolyCal(c, 1, 512), 340.0 + 0.4 * 512, 1e-9);
-    EXPECT_EQ(WavelengthForPixelFromPolyCal(c, 3, -1), 0.0);
-    EXPECT_EQ(WavelengthForPixelFromPolyCal(c, -1, 5), 0.0);
-
-    std::vector<float> arr(1024);
+    EXPECT_TRUE(WavelengthForPixelFromPolyCal(c, 3, -1) == 0.0 && WavelengthForPixelFromPolyCal(c, -1, 5) == 0.0);
+    Vec arr(1024);
     EXPECT_EQ(WavelengthArrayFromPolyCal(c, 3, 1024, arr.data()), 1);
     EXPECT_FLOAT_EQ(arr[1023], static_cast<float>(wl(1023)));
 
@@ -126,46 +123,42 @@ TEST(Grid, PolynomialCalibration)
     const int p = PixelFromWavelengthPolyCal(c, 3, 555.0, 1024);
     EXPECT_GE(WavelengthForPixelFromPolyCal(c, 3, p), 555.0);
     EXPECT_LT(WavelengthForPixelFromPolyCal(c, 3, p - 1), 555.0);
-    EXPECT_EQ(PixelFromWavelengthPolyCal(c, 3, 200.0, 1024), 0);
-    EXPECT_EQ(PixelFromWavelengthPolyCal(c, 3, 2000.0, 1024), 1023);
-    EXPECT_EQ(PixelFromWavelengthPolyCal(c, 3, 500.0, 0), -1);
+    const struct { double wl; int n, pixel; } ends[] = {{200, 1024, 0}, {2000, 1024, 1023}, {500, 0, -1}};
+    for (const auto& e : ends) EXPECT_EQ(PixelFromWavelengthPolyCal(c, 3, e.wl, e.n), e.pixel) << e.wl;
 }
 
 TEST(Grid, RangePrepTakesTheCoarserGridAndCreateArray)
 {
-    std::vector<float> fine, coarse, red, out(1000);
+    Vec fine, coarse, red, out(1000);
     for (int w = 380; w <= 780; ++w) fine.push_back(static_cast<float>(w));
     for (int w = 380; w <= 780; w += 5) coarse.push_back(static_cast<float>(w));
     for (int w = 500; w <= 900; w += 5) red.push_back(static_cast<float>(w));
     int n = 0;
-    ASSERT_EQ(WavelengthRangePrep(fine.data(), 401, coarse.data(), 81, out.data(), &n), 1);
+    auto prep = [&](const Vec& a, int na, const Vec& b, int nb) {
+        return WavelengthRangePrep(a.data(), na, b.data(), nb, out.data(), &n);
+    };
+    ASSERT_EQ(prep(fine, 401, coarse, 81), 1);
+    EXPECT_TRUE(n == 81 && out[1] == 385.0f);
+    ASSERT_EQ(prep(coarse, 81, fine, 401), 1);  // order does not matter for the winner
     EXPECT_EQ(n, 81);
-    EXPECT_EQ(out[1], 385.0f);
-    // Order does not matter for the winner.
-    ASSERT_EQ(WavelengthRangePrep(coarse.data(), 81, fine.data(), 401, out.data(), &n), 1);
-    EXPECT_EQ(n, 81);
-    ASSERT_EQ(WavelengthRangePrep(fine.data(), 401, red.data(), 81, out.data(), &n), 1);
+    ASSERT_EQ(prep(fine, 401, red, 81), 1);
     EXPECT_EQ(n, 57);  // partial overlap, 500..780
     EXPECT_TRUE(out[0] == 500.0f && out[56] == 780.0f);
 
     // Equal grids: the second array's points are written.
-    const std::vector<float> a{400, 402, 404, 406}, b{400, 402, 404.5f, 406};
-    ASSERT_EQ(WavelengthRangePrep(a.data(), 4, b.data(), 4, out.data(), &n), 1);
+    const Vec a{400, 402, 404, 406}, b{400, 402, 404.5f, 406}, down{406, 404, 402, 400}, far{406, 408, 410, 412};
+    ASSERT_EQ(prep(a, 4, b, 4), 1);
     EXPECT_EQ(out[2], 404.5f);
-
-    EXPECT_TRUE(WavelengthRangePrep(a.data(), 2, b.data(), 4, out.data(), &n) == -1 &&
+    EXPECT_TRUE(prep(a, 2, b, 4) == -1 &&
                 WavelengthRangePrep(nullptr, 4, b.data(), 4, out.data(), &n) == -1);
-    const std::vector<float> down{406, 404, 402, 400}, far{406, 408, 410, 412};
-    EXPECT_EQ(WavelengthRangePrep(down.data(), 4, b.data(), 4, out.data(), &n), -2);
-    // Overlap of a single point is too short.
-    EXPECT_EQ(WavelengthRangePrep(a.data(), 4, far.data(), 4, out.data(), &n), -3);
+    EXPECT_EQ(prep(down, 4, b, 4), -2);
+    EXPECT_EQ(prep(a, 4, far, 4), -3);  // an overlap of a single point is too short
 
     // A record's own points, 3 to 4096 of them.
-    std::vector<float> wl(4096);
+    Vec wl(4096);
     const typ_wlinfo r{380, 780, 5}, max{0, 4095, 1}, too_many{0, 4100, 1}, two{380, 381, 1};
     ASSERT_EQ(WavelengthCreateArray(&r, wl.data(), &n), 1);
-    EXPECT_EQ(n, 81);
-    EXPECT_TRUE(wl[0] == 380.0f && wl[80] == 780.0f);
+    EXPECT_TRUE(n == 81 && wl[0] == 380.0f && wl[80] == 780.0f);
     EXPECT_EQ(WavelengthCreateArray(&max, wl.data(), &n), 1);
     EXPECT_EQ(n, 4096);
     for (const typ_wlinfo* bad : {&too_many, &two, static_cast<const typ_wlinfo*>(nullptr)})
@@ -179,9 +172,8 @@ TEST(LibraryInfo, VersionBuildTextsClockAndDelay)
     char v[25], d[25], t[25];
     std::memset(d, 'x', sizeof d);
     EXPECT_EQ(GetDllBuildInfo(v, d, t), 8);
-    EXPECT_STREQ(v, "1.7.6");
-    EXPECT_STREQ(d, "May  3 2020");
-    EXPECT_STREQ(t, "15:27:32");
+    EXPECT_EQ(std::tuple(std::string(v), std::string(d), std::string(t)),
+              std::tuple("1.7.6", "May  3 2020", "15:27:32"));
     EXPECT_EQ(GetDllBuildInfo(nullptr, d, t), -1);
     EXPECT_EQ(MATHDLLCHECK(), 1.0);
 
@@ -189,7 +181,6 @@ TEST(LibraryInfo, VersionBuildTextsClockAndDelay)
     EXPECT_TRUE(now >= 0.0 && now < 86400.0) << now;
     // Milliseconds as the fraction: a whole number of milliseconds.
     EXPECT_NEAR(now * 1000.0, std::round(now * 1000.0), 1e-3);
-
     auto elapsed_ms = [](unsigned ms) {
         const double t0 = GetCurrentSystemTime();
         MathDelayMilliSeconds(ms);

@@ -1,21 +1,7 @@
 // Array arithmetic, integration, centroids and statistics.
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <climits>
-#include <cmath>
-#include <limits>
-#include <numeric>
-#include <random>
-#include <vector>
-
-#include "qomath/arrays.h"
-#include "qomath/grid.h"
+#include "numerics/numerics_tests.hpp"
 
 namespace {
-
-using Vec = std::vector<float>;
-constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
 
 Vec random_values(std::size_t n, unsigned seed, float lo = -5.0f, float hi = 5.0f)
 {
@@ -24,13 +10,6 @@ Vec random_values(std::size_t n, unsigned seed, float lo = -5.0f, float hi = 5.0
     Vec v(n);
     for (float& x : v) x = dist(gen);
     return v;
-}
-
-Vec points(const typ_wlinfo& r)
-{
-    Vec wl(static_cast<size_t>(WLNumPts(&r)));
-    for (size_t i = 0; i < wl.size(); ++i) wl[i] = r.start + static_cast<float>(i) * r.step;
-    return wl;
 }
 
 TEST(ArrayArith, ElementwiseInPlace)

@@ -1,20 +1,11 @@
 // The cached polynomial interpolator, linear interpolation and the evenly
 // spaced variant.
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <limits>
-#include <random>
-#include <vector>
+#include "numerics/numerics_tests.hpp"
 
 #include "numerics/interpolation.hpp"
 #include "numerics/neville.hpp"
-#include "qomath/interpolation.h"
 
 namespace {
-
-using Vec = std::vector<float>;
-constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
 
 // Every test starts from polynomial mode and an empty-looking cache: a call
 // on data no other test uses.

@@ -1,13 +1,7 @@
-#include <gtest/gtest.h>
+#include "numerics/numerics_tests.hpp"
 
-#include <algorithm>
 #include <bit>
-#include <cmath>
 #include <cstdint>
-#include <random>
-#include <vector>
-
-#include "qomath/linalg.h"
 
 namespace {
 

@@ -1,14 +1,6 @@
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <limits>
-#include <vector>
-
-#include "qomath/peaks.h"
+#include "numerics/numerics_tests.hpp"
 
 namespace {
-
-const float kNaN = std::numeric_limits<float>::quiet_NaN();
 
 // baseline + amplitude exp(-(w - centre)^2 / (2 sigma^2)) on start + i * step.
 std::vector<float> gaussian_line(int n, double start, double step, double centre, double sigma,
@@ -20,13 +12,6 @@ std::vector<float> gaussian_line(int n, double start, double step, double centre
         y[static_cast<size_t>(i)] = static_cast<float>(baseline + amplitude * std::exp(-0.5 * d * d));
     }
     return y;
-}
-
-std::vector<float> grid(int n, double start, double step)
-{
-    std::vector<float> x(static_cast<size_t>(n));
-    for (int i = 0; i < n; ++i) x[static_cast<size_t>(i)] = static_cast<float>(start + i * step);
-    return x;
 }
 
 }  // namespace
@@ -57,7 +42,7 @@ TEST(PeakPosition, FirstMaximumAndInterpolatedVertex)
     EXPECT_FLOAT_EQ(GetInterpolatedPeakWavelength(p.data(), &r), 551.25f);
 
     // A rising line peaks at its last sample; the fit there is straight.
-    std::vector<float> ramp = grid(101, 0.0, 1.0);
+    std::vector<float> ramp = grid(0.0, 1.0, 101);
     EXPECT_EQ(GetInterpolatedPeakWavelength(ramp.data(), &r), -2.0f);
     typ_wlinfo two = {500.0f, 501.0f, 1.0f};
     EXPECT_EQ(GetInterpolatedPeakWavelength(p.data(), &two), 0.0f);
@@ -70,14 +55,10 @@ TEST(LineWidth, EveryStatusCode)
     float level = -1, left = -1, right = -1;
     float tri[11] = {0, 1, 2, 3, 4, 3, 2, 1, 0, 0, 0};
     ASSERT_EQ(FWHM(tri, 11, &level, &left, &right), 1);
-    EXPECT_EQ(level, 2.0f);
-    EXPECT_EQ(left, 2.0f);
-    EXPECT_EQ(right, 8.0f);  // first sample below 2 is 7; 7 + (2 - 1) / (2 - 1)
+    EXPECT_EQ((Vec{level, left, right}), (Vec{2, 2, 8}));  // first sample below 2 is 7; 7 + (2 - 1) / (2 - 1)
     float tri2[11] = {0, 1, 2, 3, 4, 3, 2, 1, 0, -1, -2};
     ASSERT_EQ(LineWidthCalc(tri2, 11, 25.0f, &level, &left, &right), 1);
-    EXPECT_EQ(level, 1.0f);
-    EXPECT_EQ(left, 1.0f);
-    EXPECT_EQ(right, 9.0f);
+    EXPECT_EQ((Vec{level, left, right}), (Vec{1, 1, 9}));
     float x[11];
     for (int i = 0; i < 11; ++i) x[i] = 500.0f + 2.0f * static_cast<float>(i);
     EXPECT_FLOAT_EQ(ComputeFWHMoptions(x, tri, 11), 12.0f);
@@ -85,36 +66,29 @@ TEST(LineWidth, EveryStatusCode)
     EXPECT_EQ(FWHM(tri, 9, &level, &left, &right), -1);
     EXPECT_EQ(FWHM(nullptr, 11, &level, &left, &right), -1);
     EXPECT_EQ(FWHM(tri, 11, &level, nullptr, &right), -1);
-    float low[11] = {0, 1, 4, 3, 2, 1, 0, 0, 0, 0, 0};
-    EXPECT_EQ(FWHM(low, 11, &level, &left, &right), -2);
-    float high[11] = {0, 0, 0, 0, 0, 1, 2, 3, 3, 4, 0};
-    EXPECT_EQ(FWHM(high, 11, &level, &left, &right), -3);
-    float flat[11] = {1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1};  // last of equal maxima: index 10
-    EXPECT_EQ(FWHM(flat, 11, &level, &left, &right), -3);
-    EXPECT_EQ(LineWidthCalc(tri, 11, 9.9f, &level, &left, &right), -6);
-    EXPECT_EQ(LineWidthCalc(tri, 11, 90.5f, &level, &left, &right), -6);
-    EXPECT_EQ(LineWidthCalc(tri, 11, kNaN, &level, &left, &right), -6);
+    for (float pct : {9.9f, 90.5f, kNaN}) EXPECT_EQ(LineWidthCalc(tri, 11, pct, &level, &left, &right), -6);
 
+    // {samples, status, left, right (-1: not looked at)}.
     float tiny[11];
     for (int i = 0; i < 11; ++i) tiny[i] = tri[i] * 1e-21f;
-    EXPECT_EQ(FWHM(tiny, 11, &level, &left, &right), -4);
-    float nan_left[11] = {0, 1, kNaN, 3, 4, 3, 2, 1, 0, 0, 0};  // crossing at 1, step to NaN
-    EXPECT_EQ(FWHM(nan_left, 11, &level, &left, &right), -4);
-    float shelf[11] = {0, 1, 2, 3, 4, 3, 2, 1, 1, 1, 1};  // no step after the right crossing
-    EXPECT_EQ(FWHM(shelf, 11, &level, &left, &right), -5);
-    EXPECT_EQ(left, 2.0f);
-    EXPECT_EQ(right, 0.0f);
-
-    float no_right[11] = {0, 1, 2, 3, 4, 5, 6, 5, 4, 4, 4};
-    EXPECT_EQ(FWHM(no_right, 11, &level, &left, &right), -6);
-    EXPECT_EQ(left, 0.0f);
-    EXPECT_EQ(right, 0.0f);
-    float no_left[11] = {3, 3, 3, 4, 3, 0, 0, 0, 0, 0, 0};
-    EXPECT_EQ(FWHM(no_left, 11, &level, &left, &right), -6);
-    // Sample 8 sits on the level, so the right edge lands on the last sample.
-    float late[11] = {0, 1, 2, 3, 4, 4, 4, 4, 2, 1, 0};
-    EXPECT_EQ(FWHM(late, 11, &level, &left, &right), -6);
-    EXPECT_EQ(ComputeFWHMoptions(x, late, 11), 0.0f);
+    const struct { std::vector<float> y; int status; float left, right; } cases[] = {
+        {{0, 1, 4, 3, 2, 1, 0, 0, 0, 0, 0}, -2, -1, -1},
+        {{0, 0, 0, 0, 0, 1, 2, 3, 3, 4, 0}, -3, -1, -1},
+        {{1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1}, -3, -1, -1},  // last of equal maxima: index 10
+        {{tiny, tiny + 11}, -4, -1, -1},
+        {{0, 1, kNaN, 3, 4, 3, 2, 1, 0, 0, 0}, -4, -1, -1},  // crossing at 1, step to NaN
+        {{0, 1, 2, 3, 4, 3, 2, 1, 1, 1, 1}, -5, 2, 0},      // no step after the right crossing
+        {{0, 1, 2, 3, 4, 5, 6, 5, 4, 4, 4}, -6, 0, 0},      // no right crossing
+        {{3, 3, 3, 4, 3, 0, 0, 0, 0, 0, 0}, -6, -1, -1},    // no left crossing
+        // Sample 8 sits on the level, so the right edge lands on the last sample.
+        {{0, 1, 2, 3, 4, 4, 4, 4, 2, 1, 0}, -6, -1, -1}};
+    for (const auto& c : cases) {
+        std::vector<float> y = c.y;
+        EXPECT_EQ(FWHM(y.data(), 11, &level, &left, &right), c.status) << &c - cases;
+        EXPECT_TRUE(c.left < 0 || (left == c.left && right == c.right)) << &c - cases;
+    }
+    std::vector<float> late = cases[8].y;
+    EXPECT_EQ(ComputeFWHMoptions(x, late.data(), 11), 0.0f);
     EXPECT_EQ(ComputeFWHMoptions(nullptr, tri, 11), 0.0f);
 }
 
@@ -125,7 +99,7 @@ TEST(LineWidth, SampledGaussian)
     // the right edge adds its fraction to the first sample below the level
     // (5.0 nm out), so it sits 2 * (5.0 - 4.7096) nm beyond the geometric one.
     const double sigma = 4.0;
-    std::vector<float> x = grid(401, 400.0, 0.5);
+    std::vector<float> x = grid(400.0, 0.5, 401);
     std::vector<float> y = gaussian_line(401, 400.0, 0.5, 500.0, sigma, 100.0, 0.0);
     const double geometric = 2.3548 * sigma;
     const double excess = 2.0 * (5.0 - geometric / 2.0);
@@ -159,21 +133,17 @@ TEST(PeakWavelengthClass, GaussianLine)
     EXPECT_NEAR(peak, 503.3, 0.03);
     double amp = 0, sigma = 0, fwhm = 0, base = 0, rms = 1, r2 = 0;
     ASSERT_EQ(pw.Gaussian(wl, v, peak, amp, sigma, fwhm, base, rms, r2), 1);
-    EXPECT_NEAR(peak, 503.3, 1e-6);
-    EXPECT_NEAR(sigma, 6.0, 1e-6);
-    EXPECT_NEAR(amp, 1000.0, 1e-4);
-    EXPECT_NEAR(base, 20.0, 1e-4);
-    EXPECT_NEAR(fwhm, 2.35482 * 6.0, 1e-4);
-    EXPECT_LT(rms, 1e-6);
-    EXPECT_GT(r2, 0.999999);
+    // {fitted, true value, tolerance}
+    for (auto [got, want, tol] : {std::tuple{peak, 503.3, 1e-6}, {sigma, 6.0, 1e-6}, {amp, 1000.0, 1e-4},
+                                  {base, 20.0, 1e-4}, {fwhm, 2.35482 * 6.0, 1e-4}})
+        EXPECT_NEAR(got, want, tol) << want;
+    EXPECT_TRUE(rms < 1e-6 && r2 > 0.999999) << rms << " " << r2;
 
     typ_peakresults all;
-    std::vector<float> xf = grid(201, 400.0, 1.0);
+    std::vector<float> xf = grid(400.0, 1.0, 201);
     ASSERT_EQ(PeakWlAllCalculations(xf.data(), yf.data(), 201, &all), 1);
-    EXPECT_EQ(all.peak_index, 103);
-    EXPECT_EQ(all.parabola_status, 1);
+    EXPECT_EQ(std::tuple(all.peak_index, all.parabola_status, all.gaussian_status), std::tuple(103, 1, 1));
     EXPECT_NEAR(all.parabola_wavelength, 503.3, 0.05);
-    EXPECT_EQ(all.gaussian_status, 1);
     EXPECT_NEAR(all.gaussian_wavelength, 503.3, 1e-3);
     EXPECT_NEAR(all.gaussian_sigma, 6.0, 1e-3);
     EXPECT_EQ(PeakWlAllCalculations(nullptr, yf.data(), 201, &all), -1);

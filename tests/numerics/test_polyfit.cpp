@@ -1,9 +1,6 @@
-#include <gtest/gtest.h>
-
-#include <vector>
+#include "numerics/numerics_tests.hpp"
 
 #include "numerics/neville.hpp"
-#include "qomath/polyfit.h"
 
 namespace {
 

@@ -1,31 +1,7 @@
 // Band averaging, evenly spaced Newton resampling and Lagrange interpolation.
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <limits>
-#include <memory>
-#include <vector>
-
-#include "qomath/interpolation.h"
+#include "numerics/numerics_tests.hpp"
 
 namespace {
-
-using Vec = std::vector<float>;
-constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
-
-Vec grid(float start, float step, int n)
-{
-    Vec x;
-    for (int i = 0; i < n; ++i) x.push_back(start + static_cast<float>(i) * step);
-    return x;
-}
-
-template <class F> Vec sample(const Vec& x, F f)
-{
-    Vec y;
-    for (float v : x) y.push_back(static_cast<float>(f(static_cast<double>(v))));
-    return y;
-}
 
 TEST(ResampleBand, StatusConstantsAndLines)
 {

@@ -1,22 +1,15 @@
 // Arithmetic between spectra: common grids, the two division rules, the grid
 // and array families against each other, trimming, hostile input.
-#include <gtest/gtest.h>
-
-#include <limits>
-#include <vector>
-
-#include "qomath/spectral_arith.h"
+#include "numerics/numerics_tests.hpp"
 
 namespace {
 
-using Vec = std::vector<float>;
 using GridFn = decltype(&AddSpectralFiles);
 using ArrayFn = decltype(&AddSpectralFiles2);
 constexpr GridFn kGrid[] = {MultiplySpectralFiles, DivideSpectralFiles, SubtractSpectralFiles,
                             AddSpectralFiles};
 constexpr ArrayFn kArray[] = {MultiplySpectralFiles2, DivideSpectralFiles2,
                               SubtractSpectralFiles2, AddSpectralFiles2};
-constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
 
 struct Spectrum {
     typ_wlinfo r;
@@ -26,7 +19,7 @@ struct Spectrum {
 
 // f sampled on an evenly spaced range, with its explicit wavelengths.
 template <class F>
-Spectrum sample(typ_wlinfo r, F f)
+Spectrum spectrum(typ_wlinfo r, F f)
 {
     Spectrum s{r, {}, {}};
     for (float w = r.start; w <= r.end + r.step / 2; w += r.step)
@@ -46,8 +39,8 @@ TEST(SpectralArith, FamiliesOnCommonGrids)
     int n2 = 0;
     // 5 nm and 1 nm: the common grid is 400..700 by 5 (61 points, the end
     // snapped down from 702), on sample points of both, so results are exact.
-    const Spectrum a = sample({380, 780, 5}, [](float w) { return w / 100; });
-    const Spectrum b = sample({400, 702, 1}, [](float w) { return 2 + (w - 400) / 50; });
+    const Spectrum a = spectrum({380, 780, 5}, [](float w) { return w / 100; });
+    const Spectrum b = spectrum({400, 702, 1}, [](float w) { return 2 + (w - 400) / 50; });
     for (int op = 0; op < 4; ++op) {
         ASSERT_EQ(kGrid[op](a.v.data(), &a.r, b.v.data(), &b.r, out.data(), &r), 1);
         ASSERT_EQ(kArray[op](a.wl.data(), a.v.data(), a.n(), b.wl.data(), b.v.data(), b.n(),
@@ -65,7 +58,7 @@ TEST(SpectralArith, FamiliesOnCommonGrids)
     // use different windows but both follow the polynomial.
     auto fa = [](float w) { return 1 + (w - 500) * (w - 500) / 1e4f; };
     auto fb = [](float w) { return 3 - w / 1000; };
-    const Spectrum c = sample({380, 780, 4}, fa), d = sample({400, 700, 3}, fb);
+    const Spectrum c = spectrum({380, 780, 4}, fa), d = spectrum({400, 700, 3}, fb);
     ASSERT_EQ(MultiplySpectralFiles(c.v.data(), &c.r, d.v.data(), &d.r, out.data(), &r), 1);
     ASSERT_EQ(MultiplySpectralFiles2(c.wl.data(), c.v.data(), 101, d.wl.data(), d.v.data(), 101,
                                      wl2.data(), out2.data(), &n2), 1);
@@ -81,7 +74,7 @@ TEST(SpectralArith, IdenticalRangesAndDivisionRules)
 {
     // Identical ranges: the plain point-by-point operation, also in place.
     const Vec a = {2, 0, 2, 1e-20f, 6, 1, 7}, b = {0, 0, 1e-10f, 0, 3, -4, 0.5f};
-    const Spectrum s = sample({400, 430, 5}, [](float) { return 0.0f; });
+    const Spectrum s = spectrum({400, 430, 5}, [](float) { return 0.0f; });
     typ_wlinfo ro{};
     int n2 = 0;
     for (int op = 0; op < 4; ++op) {
@@ -111,8 +104,8 @@ TEST(SpectralArith, IdenticalRangesAndDivisionRules)
 
 TEST(SpectralArith, FailuresAndHostileInput)
 {
-    const Spectrum a = sample({380, 500, 5}, [](float) { return 1.0f; });
-    const Spectrum b = sample({500, 780, 5}, [](float) { return 1.0f; });
+    const Spectrum a = spectrum({380, 500, 5}, [](float) { return 1.0f; });
+    const Spectrum b = spectrum({500, 780, 5}, [](float) { return 1.0f; });
     Vec out(200, -7.0f), wl2(200);
     typ_wlinfo r{};
     auto add = [&](const typ_wlinfo* ra) {
