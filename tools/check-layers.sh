@@ -29,6 +29,7 @@ declare -A header=(
   [cie_tables.h]=colorimetry [tristimulus.h]=colorimetry [chromaticity.h]=colorimetry
   [cct.h]=colorimetry [dominant.h]=colorimetry [cri.h]=colorimetry
   [photometry.h]=colorimetry [summary.h]=colorimetry [calc.h]=colorimetry
+  [colour_quality.h]=colorimetry
   [units.h]=files [spectral_file.h]=files [qofile.h]=files
   [spectral_analysis.h]=files [registry.h]=files
   [straylight.h]=straylight [lines.h]=straylight

@@ -22,6 +22,7 @@
 #include "qomath/cri.h"
 #include "qomath/photometry.h"
 #include "qomath/summary.h"
+#include "qomath/colour_quality.h"
 #include "qomath/peaks.h"
 #include "qomath/straylight.h"
 #include "qomath/lines.h"

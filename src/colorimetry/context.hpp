@@ -26,10 +26,19 @@ enum class Sampling {
     data,
 };
 
+// Which published constants the calculation uses where the library's own
+// results were built on rounded ones (the CIE daylight chromaticity
+// polynomial of the colour rendering reference).
+enum class Constants {
+    compatible,  // the rounded figures stored results carry
+    cie,         // the CIE's own
+};
+
 struct Context {
     Sampling sampling = Sampling::compatible;
     // Null: the process-wide cache of Interpolate2.
     numerics::Interpolate2State* interpolation = nullptr;
+    Constants constants = Constants::compatible;
 
     numerics::Interpolate2State& cache() const
     {

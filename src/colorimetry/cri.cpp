@@ -289,10 +289,10 @@ constexpr int kNoColour = 0;  // mapped to each entry point's own status
 // The reference on the working grid, built for cct: CIE daylight for
 // 5000..25000 K (both inclusive), otherwise a Planckian radiator. out needs
 // room for kWorking + 1 values (the radiator's grid count is rounded up).
-int built_reference(float cct, float* out)
+int built_reference(float cct, float* out, bool cie_constants = false)
 {
     if (cct >= 5000.0f && cct <= 25000.0f)
-        return DaylightSpectrumFromCCT(out, kWorkingPoints, cct);
+        return DaylightSpectrumFromCCT(out, kWorkingPoints, cct, cie_constants);
     return BlackBodyCurve(cct, 0.36f, 0.83f, 0.002f, out);
 }
 
@@ -475,7 +475,9 @@ int reference_on_working_grid(const Context& ctx, const Curve& given, float cct,
                                       kWorkingWavelengths.data(), out, kWorkingPoints) == 1
                    ? 1
                    : kResampleFailed;
-    return built_reference(cct, out) == 1 ? 1 : kResampleFailed;
+    return built_reference(cct, out, ctx.constants == colorimetry::Constants::cie) == 1
+               ? 1
+               : kResampleFailed;
 }
 
 }  // namespace

@@ -30,7 +30,19 @@ const std::array<float, kWorkingPoints>& daylight_component(int which)
     return kBasis[static_cast<std::size_t>(std::clamp(which, 0, 2))];
 }
 
-DaylightWeights daylight_weights(float cct)
+double daylight_basis(int which, double nm)
+{
+    constexpr std::size_t kRows = std::size(kBasisRows);
+    const double start = kBasisRows[0][0];
+    const double step = kBasisRows[1][0] - start;
+    const double t = (nm - start) / step;
+    if (!(t >= 0.0 && t <= static_cast<double>(kRows - 1))) return 0.0;
+    const auto k = std::min(static_cast<std::size_t>(t), kRows - 2);
+    const auto c = static_cast<std::size_t>(std::clamp(which, 0, 2)) + 1;
+    return kBasisRows[k][c] + (t - static_cast<double>(k)) * (kBasisRows[k + 1][c] - kBasisRows[k][c]);
+}
+
+DaylightWeights daylight_weights(double cct, bool cie)
 {
     // The CIE polynomials with their constants rounded as below. Results
     // computed with this library (and the references hosts compare against)
@@ -39,7 +51,12 @@ DaylightWeights daylight_weights(float cct)
     // like every temperature outside them.
     const double t = cct;
     DaylightWeights w{};
-    if (t > 4000.0 && t < 7000.0) {
+    if (cie) {
+        if (t >= 4000.0 && t <= 7000.0)
+            w.xd = -4.6070e9 / (t * t * t) + 2.9678e6 / (t * t) + 0.09911e3 / t + 0.244063;
+        else if (t > 7000.0 && t <= 25000.0)
+            w.xd = -2.0064e9 / (t * t * t) + 1.9018e6 / (t * t) + 0.24748e3 / t + 0.237040;
+    } else if (t > 4000.0 && t < 7000.0) {
         w.xd = 0.24 + 99.0 / t + 3e6 / (t * t) - 4.6e9 / (t * t * t);
     } else if (t > 7000.0 && t < 25000.0) {
         w.xd = 0.23704 + 247.0 / t + 1.9e6 / (t * t) - 2e9 / (t * t * t);
@@ -51,9 +68,9 @@ DaylightWeights daylight_weights(float cct)
     return w;
 }
 
-int DaylightSpectrumFromCCT(float* out, int n, float cct)
+int DaylightSpectrumFromCCT(float* out, int n, float cct, bool cie)
 {
-    const DaylightWeights w = daylight_weights(cct);
+    const DaylightWeights w = daylight_weights(cct, cie);
     const int count = std::clamp(n, 0, kWorkingPoints);
     for (std::size_t i = 0; i < static_cast<std::size_t>(count); ++i)
         out[i] = static_cast<float>(static_cast<double>(kBasis[0][i]) +

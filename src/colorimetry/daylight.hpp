@@ -45,15 +45,20 @@ constexpr std::array<float, kWorkingPoints> on_working_grid(const double (&rows)
 // 5 nm components, linearly interpolated.
 const std::array<float, kWorkingPoints>& daylight_component(int which);
 
-// The chromaticity coefficients M1, M2 of daylight at cct (K), with the
-// rounded constants the library's results are built on.
+// Component `which` (0 S0, 1 S1, 2 S2) at wavelength nm, linear between the
+// published 5 nm values, 0 outside 300..830 nm.
+double daylight_basis(int which, double nm);
+
+// The chromaticity coefficients M1, M2 of daylight at cct (K): with the
+// rounded constants the library's results are built on, or (cie) with the
+// CIE's own polynomial (4000..7000 K and 7000..25000 K, bounds included).
 struct DaylightWeights {
     double xd, yd, m1, m2;
 };
-DaylightWeights daylight_weights(float cct);
+DaylightWeights daylight_weights(double cct, bool cie = false);
 
 // out[i] = S0[i] + M1 S1[i] + M2 S2[i] for i < min(n, kWorkingPoints).
 // Returns 1.
-int DaylightSpectrumFromCCT(float* out, int n, float cct);
+int DaylightSpectrumFromCCT(float* out, int n, float cct, bool cie = false);
 
 }  // namespace qomath::cri
