@@ -13,6 +13,7 @@
 #include "colorimetry/summary.hpp"
 #include "colorimetry/tristimulus.hpp"
 #include "qomath/cct.h"
+#include "qomath/colour_quality.h"
 #include "qomath/cri.h"
 #include "qomath/summary.h"
 #include "qomath/tristimulus.h"
@@ -122,5 +123,48 @@ void BM_ColorimetricProgram5nm(benchmark::State& state)
     }
 }
 BENCHMARK(BM_ColorimetricProgram5nm)->Unit(benchmark::kMicrosecond);
+
+}  // namespace
+
+namespace {
+
+// TM-30 / CIE 224 and CIE 13.3 of a 1 nm 380..780 nm white LED, and the
+// alpha-opic quantities of the same spectrum.
+struct Led1nm {
+    std::vector<float> wl, v;
+    Led1nm()
+    {
+        for (int i = 0; i <= 400; ++i) {
+            const float w = 380.0f + static_cast<float>(i);
+            wl.push_back(w);
+            v.push_back(0.1f + std::exp(-std::pow((w - 450.0f) / 12.0f, 2.0f)) +
+                        1.2f * std::exp(-std::pow((w - 590.0f) / 70.0f, 2.0f)));
+        }
+    }
+};
+
+void BM_ColorRenditionAnalysis1nm(benchmark::State& state)
+{
+    Led1nm s;
+    std::vector<float> r(QOMATH_CRA_COUNT);
+    std::size_t k = 0;
+    for (auto _ : state) {
+        s.v[k++ % s.v.size()] *= 1.0000001f;
+        ColorRenditionAnalysis(s.wl.data(), s.v.data(), 401, r.data());
+        benchmark::DoNotOptimize(r.data());
+    }
+}
+BENCHMARK(BM_ColorRenditionAnalysis1nm)->Unit(benchmark::kMicrosecond);
+
+void BM_AlphaOpic1nm(benchmark::State& state)
+{
+    Led1nm s;
+    std::vector<float> r(QOMATH_AOPIC_COUNT);
+    for (auto _ : state) {
+        AlphaOpicCalc(s.wl.data(), s.v.data(), 401, 0, r.data());
+        benchmark::DoNotOptimize(r.data());
+    }
+}
+BENCHMARK(BM_AlphaOpic1nm)->Unit(benchmark::kMicrosecond);
 
 }  // namespace

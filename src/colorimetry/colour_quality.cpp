@@ -65,11 +65,8 @@ constexpr double kKm = 683.0;
 // each sample, built once.
 struct Tables {
     std::array<std::array<double, kPoints>, 3> cmf10{};
-    std::vector<double> weighted;  // [sample][component][point]
-    const double* of(std::size_t sample, std::size_t c) const
-    {
-        return weighted.data() + (sample * 3 + c) * kPoints;
-    }
+    std::vector<double> weighted;  // [sample][point][component]
+    const double* of(std::size_t sample) const { return weighted.data() + sample * 3 * kPoints; }
 };
 
 const Tables& tables()
@@ -84,7 +81,7 @@ const Tables& tables()
         for (std::size_t s = 0; s < kSamples; ++s)
             for (std::size_t c = 0; c < 3; ++c)
                 for (std::size_t i = 0; i < kPoints; ++i)
-                    r.weighted[(s * 3 + c) * kPoints + i] = kCesRows[i][s + 1] * r.cmf10[c][i];
+                    r.weighted[(s * kPoints + i) * 3 + c] = kCesRows[i][s + 1] * r.cmf10[c][i];
         return r;
     }();
     return t;
@@ -217,15 +214,18 @@ Spd reference(double cct, int& kind)
 {
     Spd planck{}, day{};
     constexpr double kC2 = 1.4388e-2;
-    for (std::size_t i = 0; i < kPoints; ++i) {
-        const double wl = (kFirst + static_cast<double>(i)) * 1e-9;
-        planck[i] = 1.0 / (std::pow(wl, 5.0) * (std::exp(kC2 / (wl * cct)) - 1.0));
-    }
-    const cri::DaylightWeights dw = cri::daylight_weights(std::clamp(cct, 4000.0, 25000.0), true);
-    for (std::size_t i = 0; i < kPoints; ++i) {
-        const double nm = kFirst + static_cast<double>(i);
-        day[i] = cri::daylight_basis(0, nm) + dw.m1 * cri::daylight_basis(1, nm) +
-                 dw.m2 * cri::daylight_basis(2, nm);
+    if (cct <= 5000.0)
+        for (std::size_t i = 0; i < kPoints; ++i) {
+            const double wl = (kFirst + static_cast<double>(i)) * 1e-9, wl2 = wl * wl;
+            planck[i] = 1.0 / (wl2 * wl2 * wl * std::expm1(kC2 / (wl * cct)));
+        }
+    if (cct >= 4000.0) {
+        const cri::DaylightWeights dw = cri::daylight_weights(std::min(cct, 25000.0), true);
+        for (std::size_t i = 0; i < kPoints; ++i) {
+            const double nm = kFirst + static_cast<double>(i);
+            day[i] = cri::daylight_basis(0, nm) + dw.m1 * cri::daylight_basis(1, nm) +
+                     dw.m2 * cri::daylight_basis(2, nm);
+        }
     }
     if (cct < 4000.0) {
         kind = 0;
@@ -243,26 +243,28 @@ Spd reference(double cct, int& kind)
     return mix;
 }
 
-// CAM02-UCS of the 99 samples under s.
-std::array<Ucs, kSamples> samples_under(const Spd& s)
+// CAM02-UCS of the 99 samples under the test source and under the
+// reference, both in one pass over the sample tables.
+void samples_under(const Spd& test, const Spd& ref, std::array<Ucs, kSamples>& t,
+                   std::array<Ucs, kSamples>& u)
 {
-    const Tables& t = tables();
-    std::array<double, 3> white = white_of(s);
-    const double k = 100.0 / white[1];
-    for (double& c : white) c *= k;
-    const Cam02 cam(white);
-    std::array<Ucs, kSamples> out{};
+    const Tables& tab = tables();
+    std::array<double, 3> wt = white_of(test), wr = white_of(ref);
+    const double kt = 100.0 / wt[1], kr = 100.0 / wr[1];
+    for (std::size_t c = 0; c < 3; ++c) wt[c] *= kt, wr[c] *= kr;
+    const Cam02 cam_t(wt), cam_r(wr);
     for (std::size_t n = 0; n < kSamples; ++n) {
-        std::array<double, 3> xyz{};
-        for (std::size_t c = 0; c < 3; ++c) {
-            const double* w = t.of(n, c);
-            double sum = 0.0;
-            for (std::size_t i = 0; i < kPoints; ++i) sum += s[i] * w[i];
-            xyz[c] = sum * k;
-        }
-        out[n] = cam(xyz);
+        const double* w = tab.of(n);
+        std::array<double, 3> xt{}, xr{};
+        for (std::size_t i = 0; i < kPoints; ++i, w += 3)
+            for (std::size_t c = 0; c < 3; ++c) {
+                xt[c] += test[i] * w[c];
+                xr[c] += ref[i] * w[c];
+            }
+        for (std::size_t c = 0; c < 3; ++c) xt[c] *= kt, xr[c] *= kr;
+        t[n] = cam_t(xt);
+        u[n] = cam_r(xr);
     }
-    return out;
 }
 
 double polygon_area(const std::array<double, 2 * kBins>& p)
@@ -280,7 +282,8 @@ void tm30(const Spd& test, double cct, float* r)
     int kind = 0;
     const Spd ref = reference(cct, kind);
     r[QOMATH_CRA_REFERENCE] = static_cast<float>(kind);
-    const std::array<Ucs, kSamples> t = samples_under(test), u = samples_under(ref);
+    std::array<Ucs, kSamples> t{}, u{};
+    samples_under(test, ref, t, u);
     std::array<double, kBins> de_sum{}, count{};
     std::array<double, 2 * kBins> tb{}, rb{};
     double de_total = 0.0;
@@ -327,7 +330,8 @@ int rendition(const float* wl, const float* v, int n, float* r)
 
     // CCT and Duv of the data (CIE 1960 u, v of the 2-degree observer), on
     // the data's own sampling.
-    numerics::Interpolate2State cache;
+    // A cache per thread: the constant tables are resampled once per grid.
+    thread_local numerics::Interpolate2State cache;
     const colorimetry::Context ctx{colorimetry::Sampling::data, &cache, colorimetry::Constants::cie};
     std::array<float, 3> xyz{};
     if (tristimulus::components(ctx, wl, v, n, tristimulus::Components::xyz1931, xyz.data()) != 1)
@@ -426,25 +430,38 @@ int uv(const float* wl, const float* v, int n, bool radiance, float* r)
 
 int alpha_opic(const float* wl, const float* v, int n, float* r)
 {
-    std::vector<float> scratch;
+    // One trapezoid pass over the data: y-bar and the five action spectra,
+    // each interpolated linearly at the data's wavelengths (0 outside their
+    // tables).
     constexpr double kSi = 0.01;
-    const double lo = std::max(static_cast<double>(wl[0]), kFirst);
-    const double hi = std::min(static_cast<double>(wl[n - 1]), kFirst + kPoints - 1);
     const std::span<const float> ybar = cie::table(1).values;  // 360..830 nm, 1 nm
-    const auto y_at = [&](double nm) {
-        const double t = nm - 360.0;
-        if (!(t >= 0.0 && t <= 470.0)) return 0.0;
-        const auto k = std::min(static_cast<std::size_t>(t), std::size_t{469});
-        return ybar[k] + (t - static_cast<double>(k)) * (static_cast<double>(ybar[k + 1]) - ybar[k]);
-    };
-    const double illuminance = kKm * weighted_band(wl, v, n, 360, 830, y_at, scratch) * kSi;
+    std::array<double, 6> sum{}, previous{};
+    for (int i = 0; i < n; ++i) {
+        const double nm = wl[i];
+        std::array<double, 6> w{};
+        if (nm >= 360.0 && nm <= 830.0) {
+            const double t = nm - 360.0;
+            const auto k = std::min(static_cast<std::size_t>(t), std::size_t{469});
+            w[5] = ybar[k] + (t - static_cast<double>(k)) * (static_cast<double>(ybar[k + 1]) - ybar[k]);
+        }
+        const double t = nm - kFirst;
+        if (t >= 0.0 && t <= kPoints - 1) {
+            const auto k = std::min(static_cast<std::size_t>(t), static_cast<std::size_t>(kPoints - 2));
+            const double f = t - static_cast<double>(k);
+            for (std::size_t a = 0; a < 5; ++a)
+                w[a] = kAlphaRows[k][a + 1] + f * (kAlphaRows[k + 1][a + 1] - kAlphaRows[k][a + 1]);
+        }
+        const double half_step = i > 0 ? 0.5 * (nm - wl[i - 1]) : 0.0;
+        for (std::size_t a = 0; a < 6; ++a) {
+            const double current = v[i] * w[a];
+            sum[a] += (previous[a] + current) * half_step;
+            previous[a] = current;
+        }
+    }
+    const double illuminance = kKm * sum[5] * kSi;
     r[15] = static_cast<float>(illuminance);
-    if (!(hi > lo)) return kOk;
     for (std::size_t a = 0; a < 5; ++a) {
-        const double e = weighted_band(
-                             wl, v, n, kFirst, kFirst + kPoints - 1,
-                             [&](double nm) { return table_at(kAlphaRows, a + 1, nm); }, scratch) *
-                         kSi;
+        const double e = sum[a] * kSi;
         r[a] = static_cast<float>(e);
         r[QOMATH_AOPIC_EDI + a] = static_cast<float>(e / kAlphaD65[a]);
         r[QOMATH_AOPIC_DER + a] = illuminance > 0.0 ? static_cast<float>(e / illuminance / kAlphaD65[a]) : 0.0f;
