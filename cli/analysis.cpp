@@ -80,6 +80,15 @@ void calculate(Calculator& calc, const Spectrum& s, const CalcOptions& opt, Calc
                                           &out.object);
     out.rc_status = summary::radiometric(ctx, s.wavelengths.data(), s.values.data(), n, first,
                                          last, out.rc);
+    out.cra_status = out.aopic_status = out.uv_status = 0;
+    if (is_emitter(s.unit_code))
+        out.cra_status = ColorRenditionAnalysis(s.wavelengths.data(), s.values.data(), n, out.cra);
+    if (s.unit_code >= 1 && s.unit_code <= 4) {
+        const int radiance = s.unit_code == 4 ? 1 : 0;
+        out.aopic_status = AlphaOpicCalc(s.wavelengths.data(), s.values.data(), n, radiance, out.aopic);
+        if (s.unit_code == 1 || s.unit_code == 4)
+            out.uv_status = UVRadiationCalc(s.wavelengths.data(), s.values.data(), n, radiance, out.uv);
+    }
 }
 
 const char* colorimetry_status_meaning(int status)

@@ -36,6 +36,15 @@ struct Calculation {
     int rc_status = 0;
     float rc[QOMATH_RC_COUNT] = {};
     summary::ObjectColour object;  // transmittance and reflectance, data sampling only
+    // Emitting units: TM-30 / CIE 224 and CIE 13.3 (ColorRenditionAnalysis),
+    // alpha-opic quantities (AlphaOpicCalc) and, for irradiance and radiance,
+    // the UV and blue-light figures (UVRadiationCalc).
+    int cra_status = 0;
+    float cra[QOMATH_CRA_COUNT] = {};
+    int aopic_status = 0;
+    float aopic[QOMATH_AOPIC_COUNT] = {};
+    int uv_status = 0;
+    float uv[QOMATH_UV_COUNT] = {};
 };
 
 // One per worker thread: the calculation context on the data's sampling

@@ -91,6 +91,14 @@ void put_if(std::vector<Field>& f, const char* key, bool applies, double v)
         put_none(f, key);
 }
 
+constexpr const char* kRfKeys[16] = {"rf_h1",  "rf_h2",  "rf_h3",  "rf_h4",  "rf_h5",  "rf_h6",
+                                     "rf_h7",  "rf_h8",  "rf_h9",  "rf_h10", "rf_h11", "rf_h12",
+                                     "rf_h13", "rf_h14", "rf_h15", "rf_h16"};
+constexpr const char* kRcsKeys[16] = {"rcs_h1",  "rcs_h2",  "rcs_h3",  "rcs_h4",  "rcs_h5",  "rcs_h6",
+                                      "rcs_h7",  "rcs_h8",  "rcs_h9",  "rcs_h10", "rcs_h11", "rcs_h12",
+                                      "rcs_h13", "rcs_h14", "rcs_h15", "rcs_h16"};
+constexpr const char* kEdiKeys[5] = {"s_cone_edi_lx", "m_cone_edi_lx", "l_cone_edi_lx",
+                                     "rhodopic_edi_lx", "melanopic_edi_lx"};
 constexpr const char* kRiKeys[15] = {"r1",  "r2",  "r3",  "r4",  "r5",  "r6",  "r7", "r8",
                                      "r9",  "r10", "r11", "r12", "r13", "r14", "r15"};
 
@@ -173,6 +181,25 @@ std::vector<Field> fields_of(const std::string& path, const Spectrum& s, const C
     put_if(f, "integral_visible", rc, q[QOMATH_RC_VISIBLE]);
     put_if(f, "integral_ir", rc, q[QOMATH_RC_IR]);
     put_if(f, "integral_total", rc, q[QOMATH_RC_TOTAL]);
+    // Colour rendition to today's standards, photobiology.
+    const bool cra = c.cra_status == 1;
+    put_if(f, "ra_cie", cra, c.cra[QOMATH_CRA_RA]);
+    put_if(f, "rf", cra, c.cra[QOMATH_CRA_RF]);
+    put_if(f, "rg", cra, c.cra[QOMATH_CRA_RG]);
+    for (int j = 0; j < 16; ++j) put_if(f, kRfKeys[j], cra, c.cra[QOMATH_CRA_RF_H1 + j]);
+    for (int j = 0; j < 16; ++j) put_if(f, kRcsKeys[j], cra, c.cra[QOMATH_CRA_RCS_H1 + j]);
+    const bool lux = c.aopic_status == 1 && s.unit_code == 1;
+    for (int a = 0; a < 5; ++a) put_if(f, kEdiKeys[a], lux, c.aopic[QOMATH_AOPIC_EDI + a]);
+    put_if(f, "melanopic_der", c.aopic_status == 1, c.aopic[QOMATH_AOPIC_DER + QOMATH_AOPIC_MELANOPIC]);
+    const bool uv = c.uv_status == 1, irr = uv && s.unit_code == 1;
+    put_if(f, "uv_c", uv, c.uv[0]);
+    put_if(f, "uv_b", uv, c.uv[1]);
+    put_if(f, "uv_a", uv, c.uv[2]);
+    put_if(f, "actinic_uv", uv, c.uv[3]);
+    put_if(f, "actinic_exposure_s", irr && c.uv[3] > 0.0f, c.uv[4]);
+    put_if(f, "erythemal", uv, c.uv[5]);
+    put_if(f, "uv_index", irr, c.uv[6]);
+    put_if(f, "blue_light_hazard", uv, c.uv[7]);
     put(f, "colorimetry_status", c.cc_status);
     return f;
 }
@@ -320,7 +347,7 @@ std::string text_report(const std::vector<Field>& f, const Spectrum& s, const Ca
         line("purity", "excitation " + fmt(f, "excitation_purity", "%.4f") + ", colorimetric " +
                            fmt(f, "colorimetric_purity", "%.4f"));
         if (has(f, "ra")) {
-            line("Ra", fmt(f, "ra", "%.1f"));
+            line("Ra", fmt(f, "ra", "%.1f") + " (the library's CRI_DefaultCalc2)");
             std::string ri;
             for (int i = 0; i < 15; ++i) {
                 if (i == 8) {
@@ -332,6 +359,18 @@ std::string text_report(const std::vector<Field>& f, const Spectrum& s, const Ca
             }
             line("R9..R15", ri);
         }
+        if (has(f, "rf"))
+            line("TM-30 / CIE 224", "Rf " + fmt(f, "rf", "%.1f") + ", Rg " + fmt(f, "rg", "%.1f") +
+                                        ";  CIE 13.3 Ra " + fmt(f, "ra_cie", "%.1f") +
+                                        " (CIE constants)");
+        if (has(f, "melanopic_edi_lx"))
+            line("melanopic EDI", fmt(f, "melanopic_edi_lx", "%.6g") + " lx, DER " +
+                                      fmt(f, "melanopic_der", "%.4f"));
+        if (has(f, "actinic_uv"))
+            line("UV, blue light", "UV-A " + fmt(f, "uv_a", "%.4g") + ", UV-B " + fmt(f, "uv_b", "%.4g") +
+                                       ", actinic " + fmt(f, "actinic_uv", "%.4g") + ", B(l) " +
+                                       fmt(f, "blue_light_hazard", "%.4g") + " (W/m^2" +
+                                       (s.unit_code == 4 ? "/sr)" : ")"));
         if (has(f, "photometric_quantity"))
             line(find(f, "photometric_quantity")->str.c_str(),
                  fmt(f, "photometric_value", "%.6g") + " " + find(f, "photometric_unit")->str);

@@ -234,6 +234,14 @@ TEST(Analyze, ExamplesInCsvJsonAndText)
         {red.at("ra"), ""}, {red.at("photometric_value"), ""}};  // no CRI or lux for a filter
     for (const auto& [got, want] : expect) EXPECT_EQ(got, want);
     EXPECT_FALSE(a.at("ra").empty());
+    // D65: every alpha-opic EDI equals the illuminance within 0.5 %; Rf = 100.
+    const std::map<std::string, std::string>& d65 = c.rows[1];
+    const double lux = std::stod(d65.at("photometric_value"));
+    for (const char* key : {"s_cone_edi_lx", "m_cone_edi_lx", "l_cone_edi_lx", "rhodopic_edi_lx",
+                            "melanopic_edi_lx"})
+        EXPECT_NEAR(std::stod(d65.at(key)), lux, 5e-3 * lux) << key;
+    EXPECT_NEAR(std::stod(d65.at("rf")), 100.0, 0.01);
+    EXPECT_TRUE(red.at("rf").empty() && red.at("melanopic_der").empty());
 
     // JSON carries the same keys and values (null where CSV is empty).
     const Outcome js = qomath("analyze --json " + kExamples, false);
