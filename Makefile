@@ -38,9 +38,11 @@ demo: build
 	@echo "The white LED's data lines alone, as two-column text on standard input:"
 	grep -E '^[0-9.]+, ' examples/white_led_v2.txt | $(BUILD)/cli/qomath analyze --unit irradiance -
 	$(BUILD)/cli/qomath plot examples/white_led_v2.txt -o $(BUILD)/demo.svg
+	$(BUILD)/cli/qomath plot examples/white_led_v2.txt --tm30 -o $(BUILD)/demo-tm30.svg
 	@echo
 	@echo "CSV of the same results: $(BUILD)/demo.csv (and with --compat: $(BUILD)/demo-compat.csv)"
 	@echo "Picture of the white LED's spectrum and chromaticity: $(BUILD)/demo.svg"
+	@echo "Its TM-30 colour vector graphic: $(BUILD)/demo-tm30.svg"
 
 test: build
 	cd $(BUILD) && ctest --output-on-failure -j $(JOBS)

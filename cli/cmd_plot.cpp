@@ -224,6 +224,46 @@ void chart_panel(std::string& svg, bool has_sample, double sx, double sy)
     svg += "</g>\n";
 }
 
+// The TM-30 colour vector graphic: the reference bin averages on the unit
+// circle, the test averages scaled by the same per-bin reference chroma,
+// an arrow from each reference point to its test point. The group
+// id="cvg" states its mapping: a normalised (a', b') lands at
+// (data-cx + data-scale a', data-cy - data-scale b').
+void cvg_panel(std::string& svg, const Calculation& c)
+{
+    constexpr double cx = 600, cy = 270, scale = 200;
+    svg += "<g id=\"cvg\" data-cx=\"" + label(cx) + "\" data-cy=\"" + label(cy) +
+           "\" data-scale=\"" + label(scale) + "\">\n";
+    svg += "<circle cx=\"" + label(cx) + "\" cy=\"" + label(cy) + "\" r=\"" + label(scale) +
+           "\" fill=\"none\" stroke=\"#000\" stroke-width=\"1.5\"/>\n";
+    for (double k : {0.8, 1.2})
+        svg += "<circle cx=\"" + label(cx) + "\" cy=\"" + label(cy) + "\" r=\"" + label(k * scale) +
+               "\" fill=\"none\" stroke=\"#bbb\" stroke-dasharray=\"4 4\"/>\n";
+    std::string polygon;
+    for (int j = 0; j < 16; ++j) {
+        const float* t = c.cra + QOMATH_CRA_TEST_BINS + 2 * j;
+        const float* r = c.cra + QOMATH_CRA_REF_BINS + 2 * j;
+        const double cr = std::hypot(r[0], r[1]);
+        if (!(cr > 0)) continue;
+        const double x1 = cx + scale * r[0] / cr, y1 = cy - scale * r[1] / cr;
+        const double x2 = cx + scale * t[0] / cr, y2 = cy - scale * t[1] / cr;
+        svg += "<line class=\"arrow\" data-bin=\"" + std::to_string(j + 1) + "\" x1=\"" + f4(x1) +
+               "\" y1=\"" + f4(y1) + "\" x2=\"" + f4(x2) + "\" y2=\"" + f4(y2) +
+               "\" stroke=\"#c00\" stroke-width=\"2\" marker-end=\"url(#head)\"/>\n";
+        polygon += (polygon.empty() ? "" : " ") + f4(x2) + "," + f4(y2);
+    }
+    svg += "<polygon id=\"test-gamut\" points=\"" + polygon +
+           "\" fill=\"none\" stroke=\"#c00\" stroke-width=\"1\"/>\n</g>\n";
+    char indices[160];
+    std::snprintf(indices, sizeof indices,
+                  "<text x=\"40\" y=\"60\" font-size=\"22\">Rf %.0f</text>\n"
+                  "<text x=\"40\" y=\"90\" font-size=\"22\">Rg %.0f</text>\n",
+                  static_cast<double>(c.cra[QOMATH_CRA_RF]), static_cast<double>(c.cra[QOMATH_CRA_RG]));
+    svg += indices;
+    svg += "<text x=\"40\" y=\"120\" font-size=\"13\">CCT " + label(std::round(c.cra[QOMATH_CRA_CCT])) +
+           " K (ANSI/IES TM-30-20, CIE 224:2017)</text>\n";
+}
+
 }  // namespace
 
 int run_plot(std::span<char* const> args, std::FILE* /*out*/, std::FILE* err)
@@ -231,6 +271,7 @@ int run_plot(std::span<char* const> args, std::FILE* /*out*/, std::FILE* err)
     std::string in, outName;
     CalcOptions calc;
     int plain_unit = -1;
+    bool tm30 = false;
     for (std::size_t i = 0; i < args.size(); ++i) {
         std::string a = args[i];
         std::string value;
@@ -253,6 +294,8 @@ int run_plot(std::span<char* const> args, std::FILE* /*out*/, std::FILE* err)
         } else if (a == "--illuminant") {
             calc.illuminant = parse_illuminant(value);
             if (calc.illuminant < 0) return usage_error(err, "--illuminant takes D65, A or C");
+        } else if (a == "--tm30") {
+            tm30 = true;
         } else if (a.size() > 1 && a[0] == '-' && a != "--compat") {
             return usage_error(err, "unknown option '" + a + "'");
         } else if (a == "--compat") {
@@ -272,6 +315,11 @@ int run_plot(std::span<char* const> args, std::FILE* /*out*/, std::FILE* err)
     Calculator calculator;
     Calculation c;
     calculate(calculator, s, calc, c);
+    if (tm30 && c.cra_status != 1) {
+        std::fprintf(err, "qomath: %s: no TM-30 figures (status %d)\n", display_name(in).c_str(),
+                     c.cra_status);
+        return kExitFailed;
+    }
     const bool has_sample = c.cc_status == 1;
     if (!has_sample)
         std::fprintf(err, "qomath: %s: no colour point (status %d: %s)\n", display_name(in).c_str(),
@@ -283,9 +331,15 @@ int run_plot(std::span<char* const> args, std::FILE* /*out*/, std::FILE* err)
            "\" font-family=\"sans-serif\">\n";
     svg += "<title>" + xml_escape(display_name(in)) + "</title>\n";
     svg += "<rect width=\"100%\" height=\"100%\" fill=\"#fff\"/>\n";
-    spectrum_panel(svg, s);
-    chart_panel(svg, has_sample, has_sample ? c.cc[QOMATH_CC_x] : 0.0,
-                has_sample ? c.cc[QOMATH_CC_y] : 0.0);
+    if (tm30) {
+        svg += "<defs><marker id=\"head\" markerWidth=\"8\" markerHeight=\"8\" refX=\"6\" "
+               "refY=\"3\" orient=\"auto\"><path d=\"M0,0 L6,3 L0,6 z\" fill=\"#c00\"/></marker></defs>\n";
+        cvg_panel(svg, c);
+    } else {
+        spectrum_panel(svg, s);
+        chart_panel(svg, has_sample, has_sample ? c.cc[QOMATH_CC_x] : 0.0,
+                    has_sample ? c.cc[QOMATH_CC_y] : 0.0);
+    }
     svg += "</svg>\n";
 
     // Written whole or not at all: a failed plot leaves an older picture as it was.

@@ -75,7 +75,7 @@ constexpr Command kCommands[] = {
      run_convert},
     {"plot", "draw a spectrum and its colour point as SVG",
      "usage: qomath plot FILE -o OUT.svg [--white E|D65|A|C] [--illuminant D65|A|C]\n"
-     "                   [--unit UNIT] [--compat]\n\n"
+     "                   [--unit UNIT] [--compat] [--tm30]\n\n"
      "Writes an SVG: the spectrum on a wavelength axis beside the CIE 1931\n"
      "chromaticity diagram (spectrum locus, purple line, Planckian locus from\n"
      "1000 K to 20000 K with 2000, 3000, 4000, 6500 and 10000 K marked) and the\n"
@@ -83,6 +83,11 @@ constexpr Command kCommands[] = {
      "The group id=\"chromaticity\" states its mapping in data attributes: x in\n"
      "[data-x-min, data-x-max] maps linearly onto [data-left, data-right] and y\n"
      "in [data-y-min, data-y-max] onto [data-bottom, data-top] (SVG user units).\n"
+     "With --tm30 it draws instead the ANSI/IES TM-30 colour vector graphic of a\n"
+     "light source: the reference's 16 hue-bin averages on the unit circle, an\n"
+     "arrow to each test average (scaled by that bin's reference chroma; the\n"
+     "group id=\"cvg\" states the mapping in data-cx, data-cy, data-scale), the\n"
+     "test gamut as a polygon, Rf and Rg.\n"
      "OUT is replaced only when the picture is complete.\n"
      "Exit status: 0 written, 1 read or write failed (or no colour point), 2 usage.\n",
      run_plot},

@@ -12,6 +12,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <map>
 #include <memory>
 #include <sstream>
@@ -19,6 +20,7 @@
 #include <vector>
 
 #include "qomath/cie_tables.h"
+#include "qomath/colour_quality.h"
 #include "qomath/spectral_file.h"
 #include "qomath/summary.h"
 
@@ -773,6 +775,37 @@ TEST(Plot, SampleMapsBackToTheAnalysis)
         EXPECT_NEAR(px, std::stod(c.rows[0].at("cie1931_x")), 1e-3) << name;
         EXPECT_NEAR(py, std::stod(c.rows[0].at("cie1931_y")), 1e-3) << name;
     }
+}
+
+TEST(Plot, ColourVectorGraphicMapsBackToTheLibrary)
+{
+    Scratch tmp("cvg");
+    const std::string led = kExamples + "/white_led_v2.txt";
+    ASSERT_EQ(qomath("plot --tm30 " + led + " -o " + tmp / "cvg.svg").status, 0);
+    std::ifstream in(tmp / "cvg.svg");
+    const std::string svg((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+    EXPECT_EQ(xml_balance(svg), "");
+    auto rec = std::make_unique<SpectralRecord2>();
+    ASSERT_EQ(ReadSpectralFile2(led.c_str(), rec.get(), nullptr), 1);
+    std::vector<float> r(QOMATH_CRA_COUNT);
+    ASSERT_EQ(ColorRenditionAnalysis(rec->wavelengths, rec->values, static_cast<int>(rec->pointCount), r.data()), 1);
+    const std::size_t g = svg.find("id=\"cvg\"");
+    ASSERT_NE(g, std::string::npos);
+    const double cx = attr(svg, g, "data-cx"), cy = attr(svg, g, "data-cy"), k = attr(svg, g, "data-scale");
+    std::size_t at = g;
+    for (int j = 0; j < 16; ++j) {
+        at = svg.find("data-bin=\"" + std::to_string(j + 1) + "\"", at);
+        ASSERT_NE(at, std::string::npos) << j;
+        const float* t = &r[QOMATH_CRA_TEST_BINS + 2 * j];
+        const float* ref = &r[QOMATH_CRA_REF_BINS + 2 * j];
+        const double c = std::hypot(ref[0], ref[1]);
+        EXPECT_NEAR((attr(svg, at, "x2") - cx) / k, t[0] / c, 1e-3) << j;
+        EXPECT_NEAR((cy - attr(svg, at, "y2")) / k, t[1] / c, 1e-3) << j;
+        EXPECT_NEAR(std::hypot(attr(svg, at, "x1") - cx, attr(svg, at, "y1") - cy), k, 1e-2) << j;
+    }
+    char rf[32];
+    std::snprintf(rf, sizeof rf, ">Rf %.0f<", static_cast<double>(r[QOMATH_CRA_RF]));
+    EXPECT_NE(svg.find(rf), std::string::npos);
 }
 
 TEST(Plot, Errors)
