@@ -162,9 +162,8 @@ TEST_F(Interp, NonNegativeClampAndShortInput)
     EXPECT_EQ(Interpolate2(nullptr, ys.data(), 20, xq.data(), out.data(), 4), -1);
 
     // Coincident source wavelengths around a point: the Neville status 0.
-    EXPECT_EQ(interp2({400, 401, 402, 402, 404, 405, 406, 407}, {1, 2, 3, 4, 5, 6, 7, 8},
-                      {402.5f, 403.2f, 403.4f, 403.6f}, yd),
-              0);
+    const Vec twice{400, 401, 402, 402, 404, 405, 406, 407};
+    EXPECT_EQ(interp2(twice, {1, 2, 3, 4, 5, 6, 7, 8}, {402.5f, 403.2f, 403.4f, 403.6f}, yd), 0);
 }
 
 TEST_F(Interp, SeveralArraysAtOnceAreConsecutiveCalls)
