@@ -25,13 +25,8 @@ Vec daylight(float t)
 // Table `selector` of GetCIEData cut to 360..830 nm at `step` nm.
 Vec cie_cut(int selector, int step, typ_wlinfo& r)
 {
-    Vec all(QOMATH_CIE_MAX_POINTS), out;
-    typ_wlinfo t{};
-    EXPECT_EQ(GetCIEData(selector, all.data(), &t), 1);
-    for (int i = 0; t.start + float(i) * t.step <= 830; ++i)
-        if (const int w = int(t.start) + i; w >= 360 && (w - 360) % step == 0) out.push_back(all[i]);
     r = {360, 830, float(step)};
-    return out;
+    return cie(selector, step, 360, 830).v;
 }
 
 struct Outcome {
