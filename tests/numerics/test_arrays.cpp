@@ -155,8 +155,7 @@ TEST(ArrayIntegrate, TrapezoidVariants)
     const typ_wlinfo range = {400.0f, 500.0f, 2.5f};
     const Vec wl = points(range);
     const int n = static_cast<int>(wl.size());
-    Vec y;
-    for (float w : wl) y.push_back(std::sin(w / 20.0f) + 1.5f);
+    Vec y = sample(wl, [](double w) { return std::sin(w / 20) + 1.5; });
     const float ref = IntegrationDiscrete(wl.data(), y.data(), n);
     EXPECT_NEAR(IntegrateKW(y.data(), &range), ref, 1e-4f);
     EXPECT_NEAR(IntegrateQO_(y.data(), n, range.step, 0), ref, 1e-4f);
@@ -188,8 +187,7 @@ TEST(ArrayIntegrate, Centroids)
     const typ_wlinfo range = {500.0f, 600.0f, 0.5f}, bad = {0.0f, 5.0f, 0.0f};
     const Vec wl = points(range);
     const int n = static_cast<int>(wl.size());
-    Vec g;
-    for (float nm : wl) g.push_back(std::exp(-0.5f * std::pow((nm - 547.25f) / 6.0f, 2.0f)));
+    Vec g = sample(wl, [](double nm) { return std::exp(-0.5 * std::pow((nm - 547.25) / 6, 2)); });
     EXPECT_NEAR(CentroidKW(g.data(), &range), 547.25f, 1e-3f);
     EXPECT_EQ(CentroidKW(g.data(), &range), Centroid2(wl.data(), g.data(), n));
     EXPECT_NEAR(Centroid(g.data(), n), (547.25f - 500.0f) / 0.5f, 1e-2f);

@@ -135,11 +135,8 @@ TEST_F(Interp, CacheIsKeyedOnSourceValuesAndDestinationOnly)
 TEST_F(Interp, NonNegativeClampAndShortInput)
 {
     // A sharp line on a zero base: the polynomial undershoots beside it.
-    Vec xs, ys, xd, yd;
-    for (int i = 0; i < 20; ++i) {
-        xs.push_back(500.0f + static_cast<float>(i));
-        ys.push_back(i == 10 ? 100.0f : 0.0f);
-    }
+    Vec xs = grid(500, 1, 20), ys(20, 0.0f), xd, yd;
+    ys[10] = 100.0f;
     for (float x = 500.5f; x < 519.0f; x += 1.0f) xd.push_back(x);
     interp2(xs, ys, xd, yd);
     EXPECT_GE(*std::min_element(yd.begin(), yd.end()), 0.0f);
