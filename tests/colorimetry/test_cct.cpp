@@ -21,12 +21,10 @@ int cct(double u, double v, Result& r)
 // CIE 1960 u, v of a GetCIEData illuminant (from 300 nm), trapezoid sum at 1 nm.
 std::array<double, 2> illuminant_uv(int selector)
 {
-    std::vector<float> s(QOMATH_CIE_MAX_POINTS), cmf(QOMATH_CIE_MAX_POINTS);
-    typ_wlinfo range{};
+    const Vec s = cie(selector).v;
     double XYZ[3] = {};
-    EXPECT_EQ(GetCIEData(selector, s.data(), &range), 1);
     for (int k = 0; k < 3; ++k) {
-        EXPECT_EQ(GetCIEData(k, cmf.data(), &range), 1);
+        const Vec cmf = cie(k).v;
         for (int i = 0; i <= 470; ++i) XYZ[k] += (i % 470 ? 1.0 : 0.5) * cmf[i] * s[i + 60];
     }
     const double d = XYZ[0] + 15 * XYZ[1] + 3 * XYZ[2];

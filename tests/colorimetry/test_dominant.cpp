@@ -80,14 +80,10 @@ TEST(DominantWavelength, SpectralColoursGiveTheirOwnWavelength)
     for (const Fn fn : {DominantWavelength, DominantWavelengthExtended})
         EXPECT_EQ(dominant({0.35f, 0.2f}, kD65, fn).nm, dominant({0.35f, 0.2f}, kD65).nm);
 
-    // From a spectrum: a narrow green line at 550 nm, seen from E.
-    std::vector<float> wl(401), green(401);
-    for (int i = 0; i < 401; ++i) {
-        wl[i] = 380.0f + static_cast<float>(i);
-        green[i] = static_cast<float>(std::exp(-0.5 * std::pow((wl[i] - 550.0) / 2.0, 2)));
-    }
-    EXPECT_NEAR(ComputeDominantWLoptions(wl.data(), green.data(), 401, 0), 550.0, 0.2);
-    EXPECT_EQ(ComputeDominantWLoptions(wl.data(), green.data(), 401, 4), 0.0f);
+    // From a spectrum: a narrow green line at 550 nm (sd 2 nm), seen from E.
+    Spectrum g = grid(380, 780, 1, [](float w) { return std::exp(-std::pow(w - 550.0, 2) / 8); });
+    EXPECT_NEAR(ComputeDominantWLoptions(g.wl.data(), g.v.data(), 401, 0), 550.0, 0.2);
+    EXPECT_EQ(ComputeDominantWLoptions(g.wl.data(), g.v.data(), 401, 4), 0.0f);
 }
 
 TEST(DominantWavelength, MixturesOfSpectralLightAndWhite)

@@ -17,9 +17,7 @@ const double kLuxes[4] = {1 / kFt2, 1, 1e4, 10};
 // Trapezoid area of y-bar over its points every `every` nm from 360 nm.
 double ybar_area(int every)
 {
-    std::vector<float> y(QOMATH_CIE_MAX_POINTS);
-    typ_wlinfo r{};
-    EXPECT_EQ(GetCIEData(1, y.data(), &r), 1);
+    const Vec y = cie(1).v;
     double area = 0;
     for (int i = every; i <= 470; i += every) area += (y[i - every] + y[i]) / 2.0 * every;
     return area;

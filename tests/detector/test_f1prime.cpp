@@ -1,28 +1,20 @@
 // f1': zero for the target itself under any source, a shifted y-bar against
 // sums of the CIE table, the pair form against the standard form, bad input.
-#include <gtest/gtest.h>
+#include "colorimetry/colour_tests.hpp"
 
 #include <climits>
-#include <cmath>
-#include <limits>
-#include <tuple>
-#include <vector>
 
 #include "detector/f1prime.hpp"
-#include "qomath/cie_tables.h"
 #include "qomath/detector.h"
-#include "qomath/grid.h"
 
 namespace {
 
-using Vec = std::vector<float>;
-
-Vec cie(int selector, typ_wlinfo& r)
+// Table `selector` of GetCIEData (1 nm) and its range record.
+Vec table(int selector, typ_wlinfo& r)
 {
-    Vec v(QOMATH_CIE_MAX_POINTS);
-    EXPECT_EQ(GetCIEData(selector, v.data(), &r), 1);
-    v.resize(static_cast<size_t>(WLNumPts(&r)));
-    return v;
+    const Spectrum s = cie(selector);
+    r = {s.wl.front(), s.wl.back(), 1};
+    return s.v;
 }
 
 struct Result { int status; float f1; typ_wlinfo common; int warning; };
@@ -37,7 +29,7 @@ Result run(const Vec& resp, typ_wlinfo r, int mode, const float* src, typ_wlinfo
 TEST(F1Prime, TargetItselfAtAnyScaleIsZero)
 {
     typ_wlinfo dr{};
-    const Vec d65 = cie(9, dr);
+    const Vec d65 = table(9, dr);
     const struct { int selector, mode; typ_wlinfo range; int skip; } cases[] = {
         {1, QOMATH_F1_YBAR, {360, 830, 1}, 0},
         {2, QOMATH_F1_ZBAR, {360, 830, 1}, 0},
@@ -48,7 +40,7 @@ TEST(F1Prime, TargetItselfAtAnyScaleIsZero)
         for (const float scale : {1.0f, 7.5f})
             for (const bool own : {false, true}) {
                 typ_wlinfo r{};
-                const Vec full = cie(c.selector, r);
+                const Vec full = table(c.selector, r);
                 Vec resp(full.begin() + c.skip, full.begin() + c.skip + WLNumPts(&c.range));
                 for (float& v : resp) v *= scale;
                 const Result x = own ? run(resp, c.range, c.mode, d65.data(), dr)
@@ -69,7 +61,7 @@ TEST(F1Prime, TargetItselfAtAnyScaleIsZero)
 TEST(F1Prime, ShiftedYbarAgainstTableSums)
 {
     typ_wlinfo r{};
-    const Vec y = cie(1, r);
+    const Vec y = table(1, r);
     const Vec resp(y.begin(), y.begin() + 471);
     const Vec ones(471, 1.0f);
     const Result x = run(resp, {363, 833, 1}, QOMATH_F1_YBAR, ones.data(), {360, 830, 1});
@@ -91,7 +83,7 @@ TEST(F1Prime, ShiftedYbarAgainstTableSums)
 TEST(F1Prime, AlternatingDeviationCancelsInPairFormOnly)
 {
     typ_wlinfo r{};
-    Vec resp = cie(1, r);
+    Vec resp = table(1, r);
     const float e = 0.01f;
     Vec wl(resp.size());
     for (size_t i = 0; i < resp.size(); ++i) resp[i] += (i % 2 ? -e : e), wl[i] = 360.0f + float(i);
@@ -105,16 +97,16 @@ TEST(F1Prime, AlternatingDeviationCancelsInPairFormOnly)
 TEST(F1Prime, BadInputNamedAndOutputsCleared)
 {
     typ_wlinfo r{};
-    const Vec y = cie(1, r);
-    const float nan = std::numeric_limits<float>::quiet_NaN();
+    const Vec y = table(1, r);
     const Vec zeros(600, 0.0f);
     Vec with_nan = y;
-    with_nan[200] = nan;
-    const struct { Vec resp; typ_wlinfo rr; int mode; const float* src; typ_wlinfo sr; int status; } cases[] = {
+    with_nan[200] = kNaN;
+    struct Case { Vec resp; typ_wlinfo rr; int mode; const float* src; typ_wlinfo sr; int status; };
+    const Case cases[] = {
         {y, r, 4, nullptr, {0, 0, 0}, -1},
         {y, r, INT_MIN, nullptr, {0, 0, 0}, -1},
         {y, r, 2, zeros.data(), {380, 780, 5}, -20},     // does not span 360..830
-        {y, r, 2, zeros.data(), {300, 830, nan}, -20},
+        {y, r, 2, zeros.data(), {300, 830, kNaN}, -20},
         {y, r, 2, nullptr, {300, 830, 1}, -3},           // source given but null
         {y, r, 2, zeros.data(), {300, 830, 1}, -4},      // no signal in the source
         {zeros, r, 2, nullptr, {0, 0, 0}, -7},

@@ -175,10 +175,8 @@ TEST(QOFile, HostileLinesAndNumbers)
     EXPECT_LT(load(file2({}, 2, "20") + garbage), 2);  // whatever it holds, no crash
 
     // Numbers: scanned with "%lf,%lf"; what cannot be read stays 0.
-    ASSERT_EQ(f.Load(put("num.txt", first + "H\nU\n0\nx\n6\ny\n"
-                                            "nan,inf\nabc,def\n380 0.5\n381 ,0.5\n382, 7\n,9\n")
-                                .c_str()),
-              1);
+    const std::string numbers = "nan,inf\nabc,def\n380 0.5\n381 ,0.5\n382, 7\n,9\n";
+    ASSERT_EQ(f.Load(put("num.txt", first + "H\nU\n0\nx\n6\ny\n" + numbers).c_str()), 1);
     const std::vector<double> w = f.GetWavelength(), s = f.GetSpectral();
     EXPECT_TRUE(std::isnan(w[0]) && std::isinf(s[0]));
     const std::vector<double> wr(w.begin() + 1, w.end()), sr(s.begin() + 1, s.end());
@@ -195,9 +193,8 @@ TEST(QOFile, SaveWritesStreamFormattedLinesAndRoundTrips)
 {
     CQOFile f;
     const std::string p = (folder() / "saved.txt").string();
-    ASSERT_EQ(f.Save(p.c_str(), "Hdr", "Counts", {380, 380.5, 0.1234567}, {1e-7, 123456789, 0.5},
-                     {"a [Timestamp]"}),
-              1);
+    const std::vector<double> wl{380, 380.5, 0.1234567}, values{1e-7, 123456789, 0.5};
+    ASSERT_EQ(f.Save(p.c_str(), "Hdr", "Counts", wl, values, {"a [Timestamp]"}), 1);
     EXPECT_EQ(get(p),
               "2.0 [Quarvel Optronic Spectral File]\nHdr\nCounts\n1\na [Timestamp]\n380\n3\n"
               "0.123457\n380,1e-07\n380.5,1.23457e+08\n0.123457,0.5\n");
@@ -213,9 +210,8 @@ TEST(QOFile, SaveWritesStreamFormattedLinesAndRoundTrips)
     EXPECT_EQ(get(p), want.str());
 
     // Save then Load gives the same texts and the numbers to 6 digits.
-    ASSERT_EQ(f.Save(p.c_str(), "H", "Radiance", {400, 500.25, 600}, {1.5, 2.123456, 3},
-                     {"2020-01-01 [Timestamp]", "9 [AVERAGES]", "40 [Integration Time ms]"}),
-              1);
+    const Lines tags{"2020-01-01 [Timestamp]", "9 [AVERAGES]", "40 [Integration Time ms]"};
+    ASSERT_EQ(f.Save(p.c_str(), "H", "Radiance", {400, 500.25, 600}, {1.5, 2.123456, 3}, tags), 1);
     CQOFile g;
     ASSERT_EQ(g.Load(p.c_str()), 1);
     EXPECT_EQ(std::tuple(std::string(g.GetHeader()), std::string(g.GetUnitName()), std::string(g.GetTimeStamp()),

@@ -1,41 +1,21 @@
 // The analysis by unit against the functions it reports, figures worked by
 // hand, and the registry's slot lifecycle, hostile handles and threads.
-#include <gtest/gtest.h>
-
-#include <unistd.h>
+#include "colorimetry/colour_tests.hpp"
 
 #include <climits>
-#include <cmath>
-#include <cstring>
-#include <filesystem>
-#include <fstream>
-#include <string>
+#include <sstream>
 #include <thread>
-#include <vector>
 
-#include "qomath/photometry.h"
+#include "files/scratch.hpp"
 #include "qomath/registry.h"
-#include "qomath/summary.h"
 #include "qomath/units.h"
 
 namespace {
 
-namespace fs = std::filesystem;
-using Vec = std::vector<float>;
-
-struct Flat {
-    Vec wl, v;
-    Flat(float from, float to, float step, float value)
-    {
-        for (float x = from; x <= to + 1e-3f; x += step) wl.push_back(x), v.push_back(value);
-    }
-    int n() const { return static_cast<int>(wl.size()); }
-};
-
 TEST(SpectralAnalysis, EmittingUnitsAgreeWithTheirFunctionsAndHandFigures)
 {
     // 1 uW/cm^2/nm over 380..780 nm.
-    const Flat f(380, 780, 1, 1.0f);
+    const Spectrum f = flat(380, 780, 1);
     typ_SpectralAnalysisIrradiance e;
     ASSERT_EQ(SpectralAnalysis_Irradiance(f.wl.data(), f.v.data(), f.n(), &e, nullptr), 1);
     float cc[QOMATH_CC_COUNT], lux[4];
@@ -64,7 +44,7 @@ TEST(SpectralAnalysis, EmittingUnitsAgreeWithTheirFunctionsAndHandFigures)
     EXPECT_EQ(std::memcmp(ra.luminance, nit, sizeof nit), 0);
 
     // Data short of 380..780 nm: -13, the rest filled.
-    const Flat part(400, 700, 1, 1.0f);
+    const Spectrum part = flat(400, 700, 1);
     EXPECT_EQ(SpectralAnalysis_Irradiance(part.wl.data(), part.v.data(), part.n(), &e, nullptr), -13);
     EXPECT_EQ(e.head.status, -13);
     EXPECT_GT(e.illuminance[1], 0.0f);
@@ -100,7 +80,7 @@ TEST(SpectralAnalysis, CountsAndObjectsByHand)
     EXPECT_FLOAT_EQ(c.integral, 49.5f);  // trapezoid: 55 - (1 + 10) / 2
 
     // A 50 % neutral sample: Y = 50, L* = 116 * 0.5^(1/3) - 16 = 76.0693, averages 0.5.
-    const Flat half(380, 780, 5, 0.5f);
+    const Spectrum half = flat(380, 780, 5, 0.5f);
     typ_SpectralAnalysisReflectTransmit rt;
     ASSERT_EQ(SpectralAnalysis(half.wl.data(), half.v.data(), half.n(), 6, &rt, 75, nullptr), 1);
     EXPECT_NEAR(rt.objectY, 50.0f, 1e-3f);
@@ -117,27 +97,21 @@ TEST(SpectralAnalysis, CountsAndObjectsByHand)
     EXPECT_NEAR(avg, 0.25f, 1e-6f);
 }
 
-struct Files {
-    fs::path dir = fs::temp_directory_path() / ("qomath-registry-" + std::to_string(getpid()));
-    Files() { fs::create_directories(dir); }
-    ~Files() { fs::remove_all(dir); }
-    std::string write(const char* name, const char* unit, int points, const char* version = "2.0")
-    {
-        const std::string path = (dir / name).string();
-        std::ofstream f(path, std::ios::binary);
-        f << version << " [Quarvel Optronic Spectral File]\nh\n" << unit << "\n0\n380\n" << points << "\n"
-          << 380 + points - 1 << "\n";
-        for (int i = 0; i < points; ++i) f << 380 + i << "," << 1.0 + 0.001 * i << "\n";
-        return path;
-    }
-};
+// A spectral file of `points` points from 380 nm in the scratch folder.
+std::string spectral(const char* name, const char* unit, int points, const char* version = "2.0")
+{
+    std::ostringstream f;
+    f << version << " [Quarvel Optronic Spectral File]\nh\n" << unit << "\n0\n380\n" << points
+      << "\n" << 380 + points - 1 << "\n";
+    for (int i = 0; i < points; ++i) f << 380 + i << "," << 1.0 + 0.001 * i << "\n";
+    return scratch::put(name, f.str());
+}
 
 TEST(Registry, SlotLifecycleAndHostileHandles)
 {
     LoadAndSave_Cleanup();
-    Files files;
-    const std::string irr = files.write("irr.txt", "Irradiance", 401);
-    const std::string refl = files.write("refl.txt", "Reflectance", 401);
+    const std::string irr = spectral("irr.txt", "Irradiance", 401);
+    const std::string refl = spectral("refl.txt", "Reflectance", 401);
     ASSERT_EQ(LoadAndSave_SpectralFile(irr.c_str()), 0);
     ASSERT_EQ(LoadAndSave_SpectralFile(refl.c_str()), 1);
     EXPECT_EQ(LoadAndSave_GetUnits(0), 1);
@@ -198,13 +172,13 @@ TEST(Registry, SlotLifecycleAndHostileHandles)
     }
 
     // A later version loads without data; its analysis holds its failure.
-    const std::string v25 = files.write("v25.txt", "Counts", 10, "2.5");
+    const std::string v25 = spectral("v25.txt", "Counts", 10, "2.5");
     ASSERT_EQ(LoadAndSave_SpectralFile(v25.c_str()), 2);
     EXPECT_EQ(LoadAndSave_GetArrayLength(2), 0);
     ASSERT_EQ(LoadAndSave_GetCountAnalysis(2, &c), 1);
     EXPECT_EQ(c.status, -11);
     // Reader failures leave the slot free; the table fills at 100.
-    EXPECT_EQ(LoadAndSave_SpectralFile((files.dir / "none.txt").c_str()), -2);
+    EXPECT_EQ(LoadAndSave_SpectralFile(scratch::path("none.txt").c_str()), -2);
     for (int h = 3; h < 100; ++h) ASSERT_EQ(LoadAndSave_SpectralFile(irr.c_str()), h);
     EXPECT_EQ(LoadAndSave_SpectralFile(irr.c_str()), QOMATH_REGISTRY_FULL);
     LoadAndSave_Remove(7);
@@ -218,8 +192,7 @@ TEST(Registry, SlotLifecycleAndHostileHandles)
 TEST(Registry, ThreadsDoNotCorruptTheSlots)
 {
     LoadAndSave_Cleanup();
-    Files files;
-    const std::string irr = files.write("irr.txt", "Irradiance", 401);
+    const std::string irr = spectral("irr.txt", "Irradiance", 401);
     std::vector<std::thread> pool;
     std::vector<int> failures(4, 0);
     for (int t = 0; t < 4; ++t)

@@ -20,11 +20,14 @@ namespace {
 namespace fs = std::filesystem;
 using scratch::folder, scratch::get, scratch::path, scratch::put;
 using Vec = std::vector<float>;
+using Lines = std::vector<std::string>;
 
-std::string join(const std::vector<std::string>& lines, const std::string& eol = "\n")
+// The first n lines, each ended by eol.
+std::string join(const Lines& lines, const std::string& eol = "\n",
+                 std::size_t n = std::string::npos)
 {
     std::string s;
-    for (const auto& l : lines) s += l + eol;
+    for (std::size_t i = 0; i < lines.size() && i < n; ++i) s += lines[i] + eol;
     return s;
 }
 
@@ -50,14 +53,13 @@ bool untouched(const void* p, std::size_t n)
     return true;
 }
 
-const std::vector<std::string> kLines1 = {"1.0 [Quarvel Optronic Spectral File]", "Header", "Counts", "1",
-                                          "250 [Integration Time ms]", "400", "1", "402", "1", "2", "3"};
-const std::vector<std::string> kLines2 = {"2.0 [Quarvel Optronic Spectral File]", "Header", "Counts", "1",
-                                          "250 [Integration Time ms]", "400", "3", "402", "400, 1", "401, 2", "402, 3"};
-std::vector<std::string> v1_lines() { return kLines1; }
-std::vector<std::string> v2_lines() { return kLines2; }
+const Lines kLines1 = {"1.0 [Quarvel Optronic Spectral File]", "Header", "Counts", "1",
+                       "250 [Integration Time ms]", "400", "1", "402", "1", "2", "3"};
+const Lines kLines2 = {"2.0 [Quarvel Optronic Spectral File]", "Header", "Counts", "1",
+                       "250 [Integration Time ms]", "400", "3", "402",
+                       "400, 1", "401, 2", "402, 3"};
 // The good files with line i replaced.
-std::string with(std::vector<std::string> l, std::size_t i, std::string v)
+std::string with(Lines l, std::size_t i, std::string v)
 {
     l[i] = v;
     return join(l);
@@ -248,13 +250,7 @@ int read2(const std::string& bytes, SpectralRecord2* out = nullptr,
     return s;
 }
 
-std::string cut(std::vector<std::string> lines, std::size_t keep)
-{
-    lines.resize(keep);
-    return join(lines);
-}
-
-std::vector<std::string> with_points(std::vector<std::string> l, int count)
+Lines with_points(Lines l, int count)
 {
     l.resize(8);
     l[6] = std::to_string(count);
@@ -269,15 +265,15 @@ TEST(SpectralFileRead, StatusCodesOfEveryStep)
     ASSERT_EQ(marker254.size(), 254u);
     const auto one = v1_with, two = v2_with;
     const auto grid1 = [](const char* start, const char* step, const char* end) {
-        auto l = v1_lines();
+        auto l = kLines1;
         l[5] = start, l[6] = step, l[7] = end;
         return join(l);
     };
-    const auto points = [](int n) { return join(with_points(v2_lines(), n)); };
+    const auto points = [](int n) { return join(with_points(kLines2, n)); };
     const std::string garbage("\x00\xff\x13\x80\n\x01[Quarvel\r\x00\xfe", 16);
     const std::string s255(255, 's'), s254(254, 's'), s5000(5000, 's');
     const struct { std::string bytes; int want; } v1[] = {
-        {join(v1_lines()), 1}, {garbage, -4}, {one(0, marker254), 1}, {one(0, marker254 + "x"), -3},
+        {join(kLines1), 1}, {garbage, -4}, {one(0, marker254), 1}, {one(0, marker254 + "x"), -3},
         {one(0, "1.0 [Quarvel Optronic Spectral]"), -4}, {one(0, "0.9 [Quarvel Optronic Spectral File]"), -5},
         {one(0, "2.5 [Quarvel Optronic Spectral File]"), 1}, {one(1, s254), 1}, {one(1, s255), -6},
         {one(2, std::string(49, 'u')), 1}, {one(2, std::string(50, 'u')), -7}, {one(3, "51"), -8},
@@ -289,17 +285,17 @@ TEST(SpectralFileRead, StatusCodesOfEveryStep)
     for (const auto& c : v1) EXPECT_EQ(read1(c.bytes), c.want) << &c - v1;
     // A file cut after k lines fails at the step of the first missing line.
     const int cut1[] = {-3, -6, -7, -8, -9, -10, -11, -12, -15, -15, -15};
-    for (std::size_t k = 0; k < 11; ++k) EXPECT_EQ(read1(cut(v1_lines(), k)), cut1[k]) << k;
+    for (std::size_t k = 0; k < 11; ++k) EXPECT_EQ(read1(join(kLines1, "\n", k)), cut1[k]) << k;
 
     const struct { std::string bytes; int want; } v2[] = {
-        {join(v2_lines()), 1}, {garbage, -4}, {join(v1_lines()), -5}, {two(1, s5000), -6},
+        {join(kLines2), 1}, {garbage, -4}, {join(kLines1), -5}, {two(1, s5000), -6},
         {two(2, std::string(50, 'u')), -7}, {two(3, "51"), -8}, {two(4, ""), -9}, {two(4, s5000), -9},
         {two(7, "399"), -13}, {points(0), -14}, {points(1), -14}, {points(2), 1}, {points(4096), 1},
         {points(4097), -14}, {two(6, "-3"), -14}, {two(6, "1e9"), -14} /* read as an integer: 1 */,
         {two(6, "99999999999999999999"), -14}, {two(9, std::string(255, '4')), -15},
         {two(9, "nan, text"), 1}};
     for (const auto& c : v2) EXPECT_EQ(read2(c.bytes), c.want) << &c - v2;
-    for (std::size_t k = 0; k < 11; ++k) EXPECT_EQ(read2(cut(v2_lines(), k)), cut1[k]) << k;
+    for (std::size_t k = 0; k < 11; ++k) EXPECT_EQ(read2(join(kLines2, "\n", k)), cut1[k]) << k;
 
     // Names, folders and missing files.
     auto r1 = std::make_unique<SpectralRecord1>();
@@ -317,8 +313,8 @@ TEST(SpectralFileRead, StatusCodesOfEveryStep)
 TEST(SpectralFileRead, TextsTagsAndVersions)
 {
     // Tags: case-insensitive, first hit wins, the value is the leading number.
-    auto lines = v2_lines();
-    const std::vector<std::string> info = {
+    auto lines = kLines2;
+    const Lines info = {
         "2024-05-03 15:27:32 [Timestamp]",
         "3 [AVERAGES]",
         "120.5 [Integration Time]",
@@ -370,7 +366,7 @@ TEST(SpectralFileRead, TextsTagsAndVersions)
 
     // A 2.5 file: the 2.0 reader stops after the texts, the 1.0 reader takes
     // it with its own layout.
-    auto later = v1_lines();
+    auto later = kLines1;
     later[0] = "2.5 [Quarvel Optronic Spectral File]";
     SpectralRecord2* r2 = rec.get();
     std::memset(r2, 0, sizeof *r2);
@@ -388,14 +384,14 @@ TEST(SpectralFileRead, TextsTagsAndVersions)
 
     // The same data from LF, CR LF and CR CR LF files; text lines keep their CR.
     for (const std::string eol : {"\n", "\r\n", "\r\r\n"}) {
-        ASSERT_EQ(read1(join(v1_lines(), eol), r1.get()), 1);
+        ASSERT_EQ(read1(join(kLines1, eol), r1.get()), 1);
         EXPECT_EQ(std::string(r1->header), "Header" + eol.substr(0, eol.size() - 1));
         EXPECT_EQ(r1->values[1], 2.0f);
-        ASSERT_EQ(read2(join(v2_lines(), eol), rec.get(), &x), 1);
+        ASSERT_EQ(read2(join(kLines2, eol), rec.get(), &x), 1);
         EXPECT_EQ((Vec{rec->values[2], rec->wavelengths[2], x.integrationTimeMs}), (Vec{3, 402, 250}));
     }
     // A data line without a comma, and text: values 0.
-    auto no_comma = v2_lines();
+    auto no_comma = kLines2;
     no_comma[8] = "400 5", no_comma[9] = "x, y";
     ASSERT_EQ(read2(join(no_comma), rec.get()), 1);
     EXPECT_TRUE(rec->values[0] == 0.0f && rec->wavelengths[1] == 0.0f);
@@ -405,8 +401,8 @@ TEST(SpectralFileRead, GarbageNeverWritesOutsideTheRecord)
 {
     std::mt19937 rng(11);
     std::uniform_int_distribution<int> byte(0, 255), len(0, 400);
-    const std::vector<std::string> seeds = {join(v1_lines()), join(v2_lines()),
-                                            join(with_points(v2_lines(), 4096))};
+    const Lines seeds = {join(kLines1), join(kLines2),
+                                            join(with_points(kLines2, 4096))};
     for (int round = 0; round < 300; ++round) {
         std::string bytes = seeds[static_cast<std::size_t>(round) % seeds.size()];
         // Cut, then overwrite a few bytes: keeps the marker often enough to

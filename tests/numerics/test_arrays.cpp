@@ -3,15 +3,6 @@
 
 namespace {
 
-Vec random_values(std::size_t n, unsigned seed, float lo = -5.0f, float hi = 5.0f)
-{
-    std::mt19937 gen(seed);
-    std::uniform_real_distribution<float> dist(lo, hi);
-    Vec v(n);
-    for (float& x : v) x = dist(gen);
-    return v;
-}
-
 TEST(ArrayArith, ElementwiseInPlace)
 {
     // ((a + b) * b - b) * 0.5
@@ -164,8 +155,7 @@ TEST(ArrayIntegrate, TrapezoidVariants)
     const typ_wlinfo range = {400.0f, 500.0f, 2.5f};
     const Vec wl = points(range);
     const int n = static_cast<int>(wl.size());
-    Vec y;
-    for (float w : wl) y.push_back(std::sin(w / 20.0f) + 1.5f);
+    Vec y = sample(wl, [](double w) { return std::sin(w / 20) + 1.5; });
     const float ref = IntegrationDiscrete(wl.data(), y.data(), n);
     EXPECT_NEAR(IntegrateKW(y.data(), &range), ref, 1e-4f);
     EXPECT_NEAR(IntegrateQO_(y.data(), n, range.step, 0), ref, 1e-4f);
@@ -197,8 +187,7 @@ TEST(ArrayIntegrate, Centroids)
     const typ_wlinfo range = {500.0f, 600.0f, 0.5f}, bad = {0.0f, 5.0f, 0.0f};
     const Vec wl = points(range);
     const int n = static_cast<int>(wl.size());
-    Vec g;
-    for (float nm : wl) g.push_back(std::exp(-0.5f * std::pow((nm - 547.25f) / 6.0f, 2.0f)));
+    Vec g = sample(wl, [](double nm) { return std::exp(-0.5 * std::pow((nm - 547.25) / 6, 2)); });
     EXPECT_NEAR(CentroidKW(g.data(), &range), 547.25f, 1e-3f);
     EXPECT_EQ(CentroidKW(g.data(), &range), Centroid2(wl.data(), g.data(), n));
     EXPECT_NEAR(Centroid(g.data(), n), (547.25f - 500.0f) / 0.5f, 1e-2f);
@@ -262,7 +251,7 @@ TEST(ArrayStats, NormalFractionIsTheTwelveTermSeries)
 
 TEST(ArrayStats, SortingAndPercentile)
 {
-    Vec v = random_values(1000, 9), want = v;
+    Vec v = random_values(1000, 9, -5, 5), want = v;
     std::sort(want.begin(), want.end());
     QSort(v.data(), 0, 999);
     EXPECT_EQ(v, want);
@@ -319,7 +308,7 @@ TEST(ArrayStats, HistogramAndDistribution)
     EXPECT_EQ(std::vector<int>(counts, counts + 11), (std::vector<int>{2, 1, 1, 1, 1, 1, 1, 1, 1, 1, -5}));
     EXPECT_TRUE(centres[0] == 0.5f && centres[9] == 9.5f);
 
-    Vec noisy = random_values(5000, 21), mid(40);
+    Vec noisy = random_values(5000, 21, -5, 5), mid(40);
     std::vector<int> many(40);
     EXPECT_EQ(Histogram_(noisy.data(), 5000, many.data(), 40, mid.data()), 1);
     EXPECT_EQ(std::accumulate(many.begin(), many.end(), 0), 5000);

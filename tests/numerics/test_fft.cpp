@@ -1,13 +1,10 @@
-#include <gtest/gtest.h>
+// FFT against the direct transform, shift, real bins, convolutions in one
+// and two dimensions, MTF and the largest common factor.
+#include "numerics/numerics_tests.hpp"
 
-#include <algorithm>
-#include <cmath>
 #include <complex>
-#include <limits>
 #include <numbers>
-#include <random>
 #include <tuple>
-#include <vector>
 
 #include "qomath/fft.h"
 
@@ -15,27 +12,6 @@ namespace {
 
 using cd = std::complex<double>;
 constexpr double kPi = std::numbers::pi;
-constexpr float kFence = -12345.0f;
-
-// An array with fence values on both sides; intact() tells whether a call
-// wrote outside [0, n).
-template <class T>
-struct Fenced {
-    std::vector<T> v;
-    explicit Fenced(std::size_t n, T fill = T(0)) : v(n + 2, fill) { v.front() = v.back() = kFence; }
-    T* p() { return v.data() + 1; }
-    T& operator[](std::size_t i) { return v[i + 1]; }
-    bool intact() const { return v.front() == T(kFence) && v.back() == T(kFence); }
-};
-
-std::vector<float> noise(std::size_t n, unsigned seed)
-{
-    std::mt19937 gen(seed);
-    std::uniform_real_distribution<float> d(-1.0f, 1.0f);
-    std::vector<float> v(n);
-    std::generate(v.begin(), v.end(), [&] { return d(gen); });
-    return v;
-}
 
 // Direct transform in double of complex points x[0..2n-1].
 std::vector<cd> direct_dft(const float* x, std::size_t n, int sign)
@@ -48,31 +24,18 @@ std::vector<cd> direct_dft(const float* x, std::size_t n, int sign)
     return out;
 }
 
-TEST(FFTDiscrete, DeltaGivesTheSignAndStaysInsideData1To2nn)
-{
-    // A delta at point 3 transforms to e^{isign 2 pi i 3 j / n}: sign and
-    // 1-based indexing at once; data[0] and data[2nn+1] are the fences.
-    for (int sign : {1, -1}) {
-        const unsigned n = 16;
-        Fenced<float> d(2 * n);
-        d[2 * 3] = 1.0f;
-        ASSERT_EQ(FFTDiscrete(d.p() - 1, n, sign), 0);
-        EXPECT_TRUE(d.intact());
-        for (unsigned j = 0; j < n; ++j)
-            EXPECT_LT(std::abs(cd(d[2 * j], d[2 * j + 1]) - std::polar(1.0, sign * 3 * j * kPi / 8)), 1e-6);
-    }
-}
-
 TEST(FFTDiscrete, MatchesDirectDftRoundTripParsevalLinearity)
 {
+    // data[1..2nn] hold the points: data[0] and data[2nn+1] are the fences.
     std::vector<unsigned> sizes{6, 10, 48, 100};
     for (unsigned n = 8; n <= 1024; n *= 2) sizes.push_back(n);
     for (unsigned n : sizes) {
-        const auto x = noise(2 * n, n), y = noise(2 * n, n + 1);
+        const auto x = random_values(2 * n, n), y = random_values(2 * n, n + 1);
         for (int sign : {1, -1}) {
-            std::vector<float> d(2 * n + 1, 0.0f);
-            std::copy(x.begin(), x.end(), d.begin() + 1);
+            Fenced<float> fenced(x);
+            Vec& d = fenced.v;
             ASSERT_EQ(FFTDiscrete(d.data(), n, sign), 0);
+            EXPECT_TRUE(fenced.intact());
             const auto ref = direct_dft(x.data(), n, sign);
             double peak = 0, err = 0, ex = 0, eX = 0;
             for (unsigned j = 0; j < n; ++j) {
@@ -85,7 +48,7 @@ TEST(FFTDiscrete, MatchesDirectDftRoundTripParsevalLinearity)
             EXPECT_NEAR(eX, n * ex, 1e-5 * n * ex) << "Parseval " << n;
 
             // Linearity: T(2x + y) = 2 T(x) + T(y).
-            std::vector<float> e(2 * n + 1, 0.0f), f(2 * n + 1, 0.0f);
+            Vec e(2 * n + 1, 0.0f), f(2 * n + 1, 0.0f);
             for (unsigned k = 0; k < 2 * n; ++k) e[k + 1] = 2 * x[k] + y[k], f[k + 1] = y[k];
             FFTDiscrete(e.data(), n, sign);
             FFTDiscrete(f.data(), n, sign);
@@ -103,23 +66,24 @@ TEST(FFTDiscrete, RefusalsWriteNothing)
     struct Case { unsigned nn; int sign; bool null; int status; } cases[] = {
         {4, 1, false, 1}, {7, 1, false, 2}, {8, 0, false, 3}, {8, 2, false, 3}, {8, 1, true, 4}};
     Fenced<float> d(2 * 8 + 1, 1.0f);
-    for (const Case& c : cases) EXPECT_EQ(FFTDiscrete(c.null ? nullptr : d.p(), c.nn, c.sign), c.status);
-    EXPECT_TRUE(d.intact() && std::count(d.v.begin() + 1, d.v.end() - 1, 1.0f) == 17);
+    for (const Case& c : cases)
+        EXPECT_EQ(FFTDiscrete(c.null ? nullptr : d.p(), c.nn, c.sign), c.status);
+    EXPECT_TRUE(d.intact() && d.values() == Vec(17, 1.0f));
 }
 
 TEST(FFTDiscreteShift, CentresZeroFrequencyForEvenAndOddLengths)
 {
-    std::vector<float> even{0, 1, 2, 3, 4, 5}, odd{0, 1, 2, 3, 4};  // odd: numpy's fftshift
+    Vec even{0, 1, 2, 3, 4, 5}, odd{0, 1, 2, 3, 4};  // odd: numpy's fftshift
     ASSERT_EQ(FFTDiscreteShift(even.data(), 6) + FFTDiscreteShift(odd.data(), 5), 2);
-    EXPECT_EQ(even, (std::vector<float>{3, 4, 5, 0, 1, 2}));
-    EXPECT_EQ(odd, (std::vector<float>{3, 4, 0, 1, 2}));  // 0 lands at n/2
+    EXPECT_EQ(even, (Vec{3, 4, 5, 0, 1, 2}));
+    EXPECT_EQ(odd, (Vec{3, 4, 0, 1, 2}));  // 0 lands at n/2
     EXPECT_EQ(FFTDiscreteShift(even.data(), 0) + FFTDiscreteShift(nullptr, 4), -2);
 }
 
 TEST(FFTDiscrete2, RealBinsAndMagnitudesMatchTheDirectDft)
 {
     for (std::size_t n : {5, 6, 9, 64, 200}) {
-        auto x = noise(n, 7u), c = std::vector<float>(2 * n);
+        auto x = random_values(n, 7u), c = Vec(2 * n);
         for (std::size_t k = 0; k < n; ++k) c[2 * k] = x[k];
         const auto ref = direct_dft(c.data(), n, -1);
         Fenced<float> out(2 * (n / 2 + 1)), mag(n / 2 + 1);
@@ -131,7 +95,8 @@ TEST(FFTDiscrete2, RealBinsAndMagnitudesMatchTheDirectDft)
         EXPECT_TRUE(out.intact() && mag.intact());
     }
     float x[4] = {}, o[6] = {};  // mode 2, n = 0, null
-    EXPECT_EQ(FFTDiscrete2(x, 4, o, 2) + FFTDiscrete2(x, 0, o, 0) + FFTDiscrete2(nullptr, 4, o, 0), -3);
+    EXPECT_EQ(FFTDiscrete2(x, 4, o, 2) + FFTDiscrete2(x, 0, o, 0) + FFTDiscrete2(nullptr, 4, o, 0),
+              -3);
 }
 
 TEST(Convolution1d, HandValuesDelayCommutationAndFftProduct)
@@ -140,24 +105,25 @@ TEST(Convolution1d, HandValuesDelayCommutationAndFftProduct)
     EXPECT_TRUE(convolution_1d(a2, 2, b2, 2, o3, 3) == 1 && o3[0] == 1 && o3[1] == 3 && o3[2] == 2);
 
     const int na = 300, nb = 45, no = na + nb - 1;
-    auto a = noise(na, 1), b = noise(nb, 2);
+    auto a = random_values(na, 1), b = random_values(nb, 2);
     // Delay: a delta at 7 shifts a by 7 exactly.
-    std::vector<float> delta(10, 0.0f), shifted(na + 9);
+    Vec delta(10, 0.0f), shifted(na + 9);
     delta[7] = 1.0f;
     ASSERT_EQ(convolution_1d(a.data(), na, delta.data(), 10, shifted.data(), na + 9), 1);
     for (int k = 0; k < na + 9; ++k) EXPECT_EQ(shifted[k], k >= 7 && k < na + 7 ? a[k - 7] : 0.0f);
 
-    std::vector<float> ab(no), ba(no), withnan(no);
+    Vec ab(no), ba(no), withnan(no);
     convolution_1d(a.data(), na, b.data(), nb, ab.data(), no);
     convolution_1d(b.data(), nb, a.data(), na, ba.data(), no);
     // Zero-padded FFT product, in the FFTDiscrete layout.
     const unsigned m = 512;  // >= no
-    std::vector<float> fa(2 * m + 1, 0.0f), fb(2 * m + 1, 0.0f);
+    Vec fa(2 * m + 1, 0.0f), fb(2 * m + 1, 0.0f);
     for (int i = 0; i < na; ++i) fa[1 + 2 * i] = a[i], fb[1 + 2 * i] = i < nb ? b[i] : 0.0f;
     FFTDiscrete(fa.data(), m, 1);
     FFTDiscrete(fb.data(), m, 1);
     auto* pa = reinterpret_cast<std::complex<float>*>(fa.data() + 1);
-    for (unsigned j = 0; j < m; ++j) pa[j] *= reinterpret_cast<std::complex<float>*>(fb.data() + 1)[j];
+    auto* pb = reinterpret_cast<std::complex<float>*>(fb.data() + 1);
+    for (unsigned j = 0; j < m; ++j) pa[j] *= pb[j];
     FFTDiscrete(fa.data(), m, -1);
     std::vector<double> ad(a.begin(), a.end()), bd(b.begin(), b.end()), abd(no);
     ASSERT_EQ(convolution_1dD(ad.data(), na, bd.data(), nb, abd.data(), no), 1);
@@ -168,7 +134,7 @@ TEST(Convolution1d, HandValuesDelayCommutationAndFftProduct)
     }
 
     // A NaN reaches only the outputs whose sums hold it.
-    a[100] = std::numeric_limits<float>::quiet_NaN();
+    a[100] = kNaN;
     convolution_1d(a.data(), na, b.data(), nb, withnan.data(), no);
     for (int k = 0; k < no; ++k)
         EXPECT_TRUE(k >= 100 && k < 100 + nb ? std::isnan(withnan[k]) : withnan[k] == ab[k]) << k;
@@ -183,7 +149,7 @@ TEST(Convolution1d, HandValuesDelayCommutationAndFftProduct)
 TEST(Convolution2dD, UnitKernelCentredDeltaAndSeparableKernel)
 {
     const int R = 9, C = 11;
-    const auto f = noise(R * C, 3);
+    const auto f = random_values(R * C, 3);
     std::vector<double> img(f.begin(), f.end());
     Fenced<double> out(R * C);
     double k1[] = {2.5};
@@ -201,7 +167,7 @@ TEST(Convolution2dD, UnitKernelCentredDeltaAndSeparableKernel)
     std::vector<double> kern(3 * 4);
     for (int i = 0; i < 12; ++i) kern[i] = u[i / 4] * v[i % 4];
     ASSERT_EQ(convolution_2dD(img.data(), R, C, kern.data(), 3, 4, out.p()), 1);
-    std::vector<float> pass(f), col(R);
+    Vec pass(f), col(R);
     for (int r = 0; r < R; ++r) ASSERT_EQ(convolution(&pass[r * C], C, v, 4, 0, 0), 1);
     for (int c = 0; c < C; ++c) {
         for (int r = 0; r < R; ++r) col[r] = pass[r * C + c];
@@ -262,7 +228,7 @@ TEST(Lcf, DecimalGridEuclidAndRefusals)
         {0.5f, 0.75f, -2, 0.25f}, {6, 3, 0, 3}, {0, 3, 0, 3}, {3, 0, 0, 3}, {12, 18, 0, 6},
         {18, 12, 0, 6}, {7, 5, 0, 1}, {3, 0.4f, 0, 3}, {120, 45, 1, 40}, {6, 3, 11, 0},
         {std::nanf(""), 3, 0, 0}, {0, inf, 0, 0}, {1e10f, 3, 0, 0}};
-    for (const Case& c : cases) EXPECT_FLOAT_EQ(lcf(c.a, c.b, c.dec), c.expect) << c.a << " " << c.b;
+    for (const Case& c : cases) EXPECT_FLOAT_EQ(lcf(c.a, c.b, c.dec), c.expect) << &c - cases;
 }
 
 }  // namespace

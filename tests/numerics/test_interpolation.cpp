@@ -135,11 +135,8 @@ TEST_F(Interp, CacheIsKeyedOnSourceValuesAndDestinationOnly)
 TEST_F(Interp, NonNegativeClampAndShortInput)
 {
     // A sharp line on a zero base: the polynomial undershoots beside it.
-    Vec xs, ys, xd, yd;
-    for (int i = 0; i < 20; ++i) {
-        xs.push_back(500.0f + static_cast<float>(i));
-        ys.push_back(i == 10 ? 100.0f : 0.0f);
-    }
+    Vec xs = grid(500, 1, 20), ys(20, 0.0f), xd, yd;
+    ys[10] = 100.0f;
     for (float x = 500.5f; x < 519.0f; x += 1.0f) xd.push_back(x);
     interp2(xs, ys, xd, yd);
     EXPECT_GE(*std::min_element(yd.begin(), yd.end()), 0.0f);
@@ -162,9 +159,8 @@ TEST_F(Interp, NonNegativeClampAndShortInput)
     EXPECT_EQ(Interpolate2(nullptr, ys.data(), 20, xq.data(), out.data(), 4), -1);
 
     // Coincident source wavelengths around a point: the Neville status 0.
-    EXPECT_EQ(interp2({400, 401, 402, 402, 404, 405, 406, 407}, {1, 2, 3, 4, 5, 6, 7, 8},
-                      {402.5f, 403.2f, 403.4f, 403.6f}, yd),
-              0);
+    const Vec twice{400, 401, 402, 402, 404, 405, 406, 407};
+    EXPECT_EQ(interp2(twice, {1, 2, 3, 4, 5, 6, 7, 8}, {402.5f, 403.2f, 403.4f, 403.6f}, yd), 0);
 }
 
 TEST_F(Interp, SeveralArraysAtOnceAreConsecutiveCalls)

@@ -6,21 +6,18 @@
 namespace {
 
 // Row-major m x n matrix in [-1, 1]; n is added to the diagonal when dominant.
-std::vector<float> random_matrix(int m, int n, unsigned seed, bool dominant = false)
+Vec random_matrix(int m, int n, unsigned seed, bool dominant = false)
 {
-    std::mt19937 gen(seed);
-    std::uniform_real_distribution<float> dist(-1.0f, 1.0f);
-    std::vector<float> a(m * n);
-    for (float& v : a) v = dist(gen);
+    Vec a = random_values(static_cast<std::size_t>(m * n), seed);
     for (int i = 0; dominant && i < n; ++i) a[i * n + i] += static_cast<float>(n);
     return a;
 }
 
 // A flat matrix seen through row pointers indexed from 1.
 struct OneBased {
-    std::vector<float> data;
+    Vec data;
     std::vector<float*> ptr;
-    OneBased(int m, int n, const std::vector<float>& flat = {})
+    OneBased(int m, int n, const Vec& flat = {})
         : data((m + 1) * (n + 1)), ptr(m + 1)
     {
         for (int r = 0; r <= m; ++r) ptr[r] = &data[r * (n + 1)];
@@ -33,7 +30,7 @@ TEST(Matrix, MultiplicationAndGaussJordan)
 {
     float a[] = {1, 2, 3, 4, 5, 6}, b[] = {7, 8, 9, 10, 11, 12}, c[6] = {-1, -1, -1, -1, -1, -1};
     EXPECT_EQ(MatrixMultiplication(a, 2, 3, b, 3, 2, c), 1);
-    EXPECT_EQ(std::vector<float>(c, c + 6), (std::vector<float>{58, 64, 139, 154, 0, 0}));  // cleared as B
+    EXPECT_EQ(Vec(c, c + 6), (Vec{58, 64, 139, 154, 0, 0}));  // cleared as B
     EXPECT_EQ(MatrixMultiplication(a, 2, 3, b, 2, 3, c), -1);
     EXPECT_EQ(MatrixMultiplication(a, 2, 3, b, 3, -2, c), -1);
     EXPECT_EQ(MatrixMultiplication(a, 2, 3, b, 3, 2, nullptr), -1);
@@ -52,7 +49,7 @@ TEST(Matrix, MultiplicationAndGaussJordan)
         auto am = random_matrix(n, n, 17u + static_cast<unsigned>(n), true);
         const auto bm = random_matrix(n, 2, 5u);
         auto inv = am, x = bm;
-        std::vector<float> prod(n * n), ax(n * 2);
+        Vec prod(n * n), ax(n * 2);
         ASSERT_EQ(MatrixGaussJordan(inv.data(), n, x.data(), 2), 1);
         ASSERT_EQ(MatrixMultiplication(am.data(), n, n, inv.data(), n, n, prod.data()), 1);
         ASSERT_EQ(MatrixMultiplication(am.data(), n, n, x.data(), n, 2, ax.data()), 1);
@@ -62,8 +59,8 @@ TEST(Matrix, MultiplicationAndGaussJordan)
 }
 
 // A = U W V^T, V^T V = I, and U^T U = I over the columns with w > 0.
-void expect_svd_of(const std::vector<float>& a, int m, int n, OneBased& u,
-                   const std::vector<float>& w, OneBased& v)
+void expect_svd_of(const Vec& a, int m, int n, OneBased& u,
+                   const Vec& w, OneBased& v)
 {
     const double tol = 2e-5 * std::max(m, n);
     for (int r = 1; r <= m; ++r)
@@ -92,14 +89,14 @@ TEST(SVD, ReconstructsSquareTallAndRankDeficient)
         for (int k = 2 * n; rank2 && k < m * n; ++k)
             a[k] = static_cast<float>(k / n) * a[k % n] + a[n + k % n];
         OneBased u(m, n, a), v(n, n);
-        std::vector<float> w(n + 1);
+        Vec w(n + 1);
         SVDCMP(u.ptr.data(), m, n, w.data(), v.ptr.data());
         expect_svd_of(a, m, n, u, w, v);
         EXPECT_EQ(std::count_if(w.begin() + 1, w.end(), [](float s) { return s < 1e-5f; }), rank2 ? 2 : 0);
     }
     // diag(3, -2): singular values 3 and 2, the sign moved into V.
     OneBased d(2, 2, {3, 0, 0, -2}), dv(2, 2);
-    std::vector<float> dw(3);
+    Vec dw(3);
     SVDCMP(d.ptr.data(), 2, 2, dw.data(), dv.ptr.data());
     EXPECT_FLOAT_EQ(std::max(dw[1], dw[2]), 3.0f);
     EXPECT_FLOAT_EQ(std::min(dw[1], dw[2]), 2.0f);
@@ -115,7 +112,7 @@ TEST(LU, DecomposeAndSolve)
         const auto b = random_matrix(n, 1, 3u);
         OneBased lu(n, n, a);
         std::vector<int> indx(n + 1);
-        std::vector<float> x(n + 1);
+        Vec x(n + 1);
         std::copy(b.begin(), b.end(), x.begin() + 1);
         float d = 0;
         ASSERT_EQ(LUDCMP(lu.ptr.data(), n, indx.data(), &d), 1);
@@ -174,7 +171,7 @@ TEST(LoadedMatrix, VBEntryPointsMatchPointerVersions)
 {
     const auto a = random_matrix(3, 3, 99u, true);
     for (int r = 0; r < 3; ++r) ASSERT_EQ(MatrixLoad(&a[r * 3], 3, 3, r), 1);
-    std::vector<float> out(9), ref = a;
+    Vec out(9), ref = a;
     float none[1] = {};
     ASSERT_EQ(MatrixGaussJordan(ref.data(), 3, none, 0), 1);
     EXPECT_EQ(VB_MatrixGaussJordan(out.data(), 3), 1);
@@ -185,10 +182,10 @@ TEST(LoadedMatrix, VBEntryPointsMatchPointerVersions)
 
     // Tall, wide and square blocks: U, w, V exactly as SVDCMP gives them.
     for (auto [m, n] : {std::pair{3, 2}, {2, 3}, {3, 3}}) {
-        std::vector<float> block, want, got(m * n + n + n * n, -7.0f);
+        Vec block, want, got(m * n + n + n * n, -7.0f);
         for (int k = 0; k < m * n; ++k) block.push_back(a[k / n * 3 + k % n]);
         OneBased u(m, n, block), v(n, n);
-        std::vector<float> w(n + 1);
+        Vec w(n + 1);
         SVDCMP(u.ptr.data(), m, n, w.data(), v.ptr.data());
         expect_svd_of(block, m, n, u, w, v);
         for (int k = 0; k < m * n; ++k) want.push_back(u(k / n + 1, k % n + 1));

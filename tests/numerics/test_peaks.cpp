@@ -3,10 +3,10 @@
 namespace {
 
 // baseline + amplitude exp(-(w - centre)^2 / (2 sigma^2)) on start + i * step.
-std::vector<float> gaussian_line(int n, double start, double step, double centre, double sigma,
+Vec gaussian_line(int n, double start, double step, double centre, double sigma,
                                  double amplitude, double baseline)
 {
-    std::vector<float> y(static_cast<size_t>(n));
+    Vec y(static_cast<size_t>(n));
     for (int i = 0; i < n; ++i) {
         const double d = (start + i * step - centre) / sigma;
         y[static_cast<size_t>(i)] = static_cast<float>(baseline + amplitude * std::exp(-0.5 * d * d));
@@ -21,14 +21,13 @@ TEST(PeakPosition, FirstMaximumAndInterpolatedVertex)
     float y[11] = {0, 1, 2, 5, 1, 0, 3, 5, 1, 0, 0};
     typ_wlinfo range = {400.0f, 410.0f, 1.0f};
     EXPECT_FLOAT_EQ(GetPeakWavelength(y, &range), 403.0f);  // not 407
-    float x[11];
-    for (int i = 0; i < 11; ++i) x[i] = 500.0f + 2.0f * static_cast<float>(i);
+    Vec x = grid(500, 2, 11);
     int k = 99;
-    EXPECT_FLOAT_EQ(GetPeakWavelength2(x, y, 11, &k), 506.0f);
+    EXPECT_FLOAT_EQ(GetPeakWavelength2(x.data(), y, 11, &k), 506.0f);
     EXPECT_EQ(k, 3);
     y[0] = kNaN;  // skipped, not taken as the maximum
-    EXPECT_FLOAT_EQ(GetPeakWavelength2(x, y, 11, &k), 506.0f);
-    EXPECT_EQ(GetPeakWavelength2(x, nullptr, 11, &k), 0.0f);
+    EXPECT_FLOAT_EQ(GetPeakWavelength2(x.data(), y, 11, &k), 506.0f);
+    EXPECT_EQ(GetPeakWavelength2(x.data(), nullptr, 11, &k), 0.0f);
     EXPECT_EQ(k, -1);
     typ_wlinfo bad = {410.0f, 400.0f, 1.0f};
     EXPECT_EQ(GetPeakWavelength(y, &bad), 0.0f);
@@ -36,13 +35,13 @@ TEST(PeakPosition, FirstMaximumAndInterpolatedVertex)
 
     // 16 - (i - 51.25)^2 on 500..600 nm: every sample and the vertex 551.25
     // are exact in float.
-    std::vector<float> p(101);
+    Vec p(101);
     for (int i = 0; i < 101; ++i) p[static_cast<size_t>(i)] = 16.0f - (i - 51.25f) * (i - 51.25f);
     typ_wlinfo r = {500.0f, 600.0f, 1.0f};
     EXPECT_FLOAT_EQ(GetInterpolatedPeakWavelength(p.data(), &r), 551.25f);
 
     // A rising line peaks at its last sample; the fit there is straight.
-    std::vector<float> ramp = grid(0.0, 1.0, 101);
+    Vec ramp = grid(0.0, 1.0, 101);
     EXPECT_EQ(GetInterpolatedPeakWavelength(ramp.data(), &r), -2.0f);
     typ_wlinfo two = {500.0f, 501.0f, 1.0f};
     EXPECT_EQ(GetInterpolatedPeakWavelength(p.data(), &two), 0.0f);
@@ -59,9 +58,8 @@ TEST(LineWidth, EveryStatusCode)
     float tri2[11] = {0, 1, 2, 3, 4, 3, 2, 1, 0, -1, -2};
     ASSERT_EQ(LineWidthCalc(tri2, 11, 25.0f, &level, &left, &right), 1);
     EXPECT_EQ((Vec{level, left, right}), (Vec{1, 1, 9}));
-    float x[11];
-    for (int i = 0; i < 11; ++i) x[i] = 500.0f + 2.0f * static_cast<float>(i);
-    EXPECT_FLOAT_EQ(ComputeFWHMoptions(x, tri, 11), 12.0f);
+    Vec x = grid(500, 2, 11);
+    EXPECT_FLOAT_EQ(ComputeFWHMoptions(x.data(), tri, 11), 12.0f);
 
     EXPECT_EQ(FWHM(tri, 9, &level, &left, &right), -1);
     EXPECT_EQ(FWHM(nullptr, 11, &level, &left, &right), -1);
@@ -71,7 +69,7 @@ TEST(LineWidth, EveryStatusCode)
     // {samples, status, left, right (-1: not looked at)}.
     float tiny[11];
     for (int i = 0; i < 11; ++i) tiny[i] = tri[i] * 1e-21f;
-    const struct { std::vector<float> y; int status; float left, right; } cases[] = {
+    const struct { Vec y; int status; float left, right; } cases[] = {
         {{0, 1, 4, 3, 2, 1, 0, 0, 0, 0, 0}, -2, -1, -1},
         {{0, 0, 0, 0, 0, 1, 2, 3, 3, 4, 0}, -3, -1, -1},
         {{1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1}, -3, -1, -1},  // last of equal maxima: index 10
@@ -83,12 +81,12 @@ TEST(LineWidth, EveryStatusCode)
         // Sample 8 sits on the level, so the right edge lands on the last sample.
         {{0, 1, 2, 3, 4, 4, 4, 4, 2, 1, 0}, -6, -1, -1}};
     for (const auto& c : cases) {
-        std::vector<float> y = c.y;
+        Vec y = c.y;
         EXPECT_EQ(FWHM(y.data(), 11, &level, &left, &right), c.status) << &c - cases;
         EXPECT_TRUE(c.left < 0 || (left == c.left && right == c.right)) << &c - cases;
     }
-    std::vector<float> late = cases[8].y;
-    EXPECT_EQ(ComputeFWHMoptions(x, late.data(), 11), 0.0f);
+    Vec late = cases[8].y;
+    EXPECT_EQ(ComputeFWHMoptions(x.data(), late.data(), 11), 0.0f);
     EXPECT_EQ(ComputeFWHMoptions(nullptr, tri, 11), 0.0f);
 }
 
@@ -99,8 +97,8 @@ TEST(LineWidth, SampledGaussian)
     // the right edge adds its fraction to the first sample below the level
     // (5.0 nm out), so it sits 2 * (5.0 - 4.7096) nm beyond the geometric one.
     const double sigma = 4.0;
-    std::vector<float> x = grid(400.0, 0.5, 401);
-    std::vector<float> y = gaussian_line(401, 400.0, 0.5, 500.0, sigma, 100.0, 0.0);
+    Vec x = grid(400.0, 0.5, 401);
+    Vec y = gaussian_line(401, 400.0, 0.5, 500.0, sigma, 100.0, 0.0);
     const double geometric = 2.3548 * sigma;
     const double excess = 2.0 * (5.0 - geometric / 2.0);
     // Linear interpolation between 0.5 nm samples misplaces a crossing by
@@ -108,13 +106,13 @@ TEST(LineWidth, SampledGaussian)
     EXPECT_NEAR(ComputeFWHMoptions(x.data(), y.data(), 401), geometric + excess, 0.01);
     EXPECT_NEAR(OLDFWHM(x.data(), y.data(), 401), geometric, 0.01);
     EXPECT_EQ(OLDFWHM(x.data(), y.data(), 2), 0.0f);
-    std::vector<float> negative(401, -1.0f);
+    Vec negative(401, -1.0f);
     EXPECT_EQ(OLDFWHM(x.data(), negative.data(), 401), 0.0f);
 }
 
 TEST(PeakWavelengthClass, GaussianLine)
 {
-    std::vector<float> yf = gaussian_line(201, 400.0, 1.0, 503.3, 6.0, 1000.0, 20.0);
+    Vec yf = gaussian_line(201, 400.0, 1.0, 503.3, 6.0, 1000.0, 20.0);
     std::vector<double> wl;
     std::vector<double> v;
     for (int i = 0; i < 201; ++i) {
@@ -140,7 +138,7 @@ TEST(PeakWavelengthClass, GaussianLine)
     EXPECT_TRUE(rms < 1e-6 && r2 > 0.999999) << rms << " " << r2;
 
     typ_peakresults all;
-    std::vector<float> xf = grid(400.0, 1.0, 201);
+    Vec xf = grid(400.0, 1.0, 201);
     ASSERT_EQ(PeakWlAllCalculations(xf.data(), yf.data(), 201, &all), 1);
     EXPECT_EQ(std::tuple(all.peak_index, all.parabola_status, all.gaussian_status), std::tuple(103, 1, 1));
     EXPECT_NEAR(all.parabola_wavelength, 503.3, 0.05);
@@ -149,7 +147,7 @@ TEST(PeakWavelengthClass, GaussianLine)
     EXPECT_EQ(PeakWlAllCalculations(nullptr, yf.data(), 201, &all), -1);
 
     EXPECT_EQ(EdgeOrSlit(yf.data(), 201), QOMATH_SHAPE_SLIT);
-    std::vector<float> step(20, 0.0f);
+    Vec step(20, 0.0f);
     for (size_t i = 8; i < 20; ++i) step[i] = 1.0f;
     EXPECT_EQ(EdgeOrSlit(step.data(), 20), QOMATH_SHAPE_RISING_EDGE);
     for (float& s : step) s = 1.0f - s;

@@ -59,7 +59,7 @@ TEST(PolyFit, CoefficientsAndEvaluation)
     // ddpoly: p = 1 - 2x + 3x^2 + 4x^3 at 2 is 41; p' = 58, p'' = 54, p''' = 24.
     float p[] = {1.0f, -2.0f, 3.0f, 4.0f}, pd[6] = {-1, -1, -1, -1, -1, -1};
     EXPECT_EQ(CPolyFit::ddpoly(p, 3, 2.0f, pd, 4), 1);
-    EXPECT_EQ(std::vector<float>(pd, pd + 6), (std::vector<float>{41, 58, 54, 24, 0, -1}));  // pd[5]: beyond
+    EXPECT_EQ(Vec(pd, pd + 6), (Vec{41, 58, 54, 24, 0, -1}));  // pd[5]: beyond
     EXPECT_EQ(CPolyFit::ddpoly(p, 3, -1.0f, pd, 1), 1);
     EXPECT_TRUE(pd[0] == 2.0f && pd[1] == 4.0f);
     EXPECT_TRUE(CPolyFit::ddpoly(p, -1, 2.0f, pd, 2) == 0 && CPolyFit::ddpoly(p, 3, 2.0f, pd, -1) == 0);
@@ -85,11 +85,8 @@ TEST(LeastSquares, LineQuadraticAndPolynomials)
 
     // Polynomials of any order: a cubic is recovered from 12 of its points.
     const float want[] = {1.5f, -0.25f, 0.125f, -0.0625f};
-    std::vector<float> x, y;
-    for (int i = 0; i < 40; ++i) {
-        x.push_back(0.25f * static_cast<float>(i) - 2.0f);
-        y.push_back(RegressionGetY(want, 3, x.back(), nullptr));
-    }
+    Vec x = grid(-2, 0.25f, 40), y;
+    for (float v : x) y.push_back(RegressionGetY(want, 3, v, nullptr));
     float cof[30] = {};
     int used = -1;
     EXPECT_EQ(RegressionPolyFit(x.data(), y.data(), 12, 3, cof, &used), 1);
