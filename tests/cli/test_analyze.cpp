@@ -10,6 +10,7 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -110,8 +111,8 @@ const std::map<std::string, std::string>* row_of(const Csv& c, const std::string
     return nullptr;
 }
 
-// ---- a small JSON reader: validates and keeps the top-level array's objects'
-// scalar members as text (strings unescaped) ----------------------------------
+// ---- a small JSON reader: validates the text and keeps the top-level
+// array's objects' scalar members as text (strings unescaped) -----------------
 
 struct Json {
     const std::string& s;
@@ -120,96 +121,65 @@ struct Json {
     std::vector<std::map<std::string, std::string>> objects;
 
     explicit Json(const std::string& text) : s(text) {}
-    void ws()
-    {
-        while (i < s.size() && std::isspace(static_cast<unsigned char>(s[i]))) ++i;
-    }
     bool eat(char c)
     {
-        ws();
-        if (i < s.size() && s[i] == c) {
-            ++i;
-            return true;
-        }
-        return false;
+        while (i < s.size() && std::isspace(static_cast<unsigned char>(s[i]))) ++i;
+        return i < s.size() && s[i] == c ? (++i, true) : false;
     }
     std::string string()
     {
         std::string out;
-        if (!eat('"')) return ok = false, out;
-        while (i < s.size() && s[i] != '"') {
-            const auto b = static_cast<unsigned char>(s[i]);
-            if (b < 0x20) return ok = false, out;
-            if (s[i] == '\\') {
-                ++i;
-                if (i >= s.size()) return ok = false, out;
-                const char e = s[i];
-                if (e == 'u') {
-                    if (i + 4 >= s.size()) return ok = false, out;
-                    out += "?";
-                    i += 4;
-                } else if (std::string("\"\\/bfnrt").find(e) == std::string::npos) {
-                    return ok = false, out;
-                } else {
-                    out.push_back(e == 'n' ? '\n' : e == 't' ? '\t' : e);
-                }
-                ++i;
-            } else {
-                out.push_back(s[i++]);
+        ok = ok && eat('"');
+        while (ok && i < s.size() && s[i] != '"') {
+            const char c = s[i++];
+            if (static_cast<unsigned char>(c) < 0x20) ok = false;
+            if (c != '\\' || i >= s.size()) {
+                out.push_back(c);
+                continue;
             }
+            const char e = s[i++];
+            ok = ok && std::string("\"\\/bfnrtu").find(e) != std::string::npos;
+            if (e == 'u') i += 4;
+            out.push_back(e == 'u' ? '?' : e == 'n' ? '\n' : e == 't' ? '\t' : e);
         }
-        if (i >= s.size()) return ok = false, out;
-        ++i;
+        ok = ok && i++ < s.size();
         return out;
     }
-    // Returns the scalar's text ("" for containers).
+    // A value; the scalar's text ("" for containers).
     std::string value(int depth)
     {
-        ws();
-        if (i >= s.size()) return ok = false, "";
-        if (s[i] == '"') return string();
-        if (s[i] == '[') {
-            ++i;
-            if (eat(']')) return "";
-            do {
-                value(depth + 1);
-            } while (ok && eat(','));
-            if (!eat(']')) ok = false;
-            return "";
-        }
-        if (s[i] == '{') {
-            ++i;
-            std::map<std::string, std::string> obj;
-            if (!eat('}')) {
+        if (eat('[') || eat('{')) {
+            const bool object = s[i - 1] == '{';
+            std::map<std::string, std::string> members;
+            if (!eat(object ? '}' : ']')) {
                 do {
+                    if (!object) {
+                        value(depth + 1);
+                        continue;
+                    }
                     const std::string key = string();
-                    if (!eat(':')) ok = false;
-                    obj[key] = value(depth + 1);
+                    ok = ok && eat(':');
+                    members[key] = value(depth + 1);
                 } while (ok && eat(','));
-                if (!eat('}')) ok = false;
+                ok = ok && eat(object ? '}' : ']');
             }
-            if (depth == 1) objects.push_back(obj);
+            if (object && depth == 1) objects.push_back(members);
             return "";
         }
-        const std::size_t start = i;
-        if (s.compare(i, 4, "null") == 0 || s.compare(i, 4, "true") == 0) {
-            i += 4;
-            return s.substr(start, 4);
-        }
-        if (s.compare(i, 5, "false") == 0) {
-            i += 5;
-            return "false";
-        }
+        if (i < s.size() && s[i] == '"') return string();
+        for (const char* word : {"null", "true", "false"})
+            if (s.compare(i, std::strlen(word), word) == 0) return i += std::strlen(word), word;
         char* end = nullptr;
         std::strtod(s.c_str() + i, &end);
-        if (end == s.c_str() + i) return ok = false, "";
+        const std::size_t start = i;
         i = static_cast<std::size_t>(end - s.c_str());
+        ok = ok && i > start;
         return s.substr(start, i - start);
     }
     bool parse()
     {
         value(0);
-        ws();
+        eat(' ');
         return ok && i == s.size();
     }
 };
