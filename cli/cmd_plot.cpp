@@ -247,10 +247,16 @@ void cvg_panel(std::string& svg, const Calculation& c)
         if (!(cr > 0)) continue;
         const double x1 = cx + scale * r[0] / cr, y1 = cy - scale * r[1] / cr;
         const double x2 = cx + scale * t[0] / cr, y2 = cy - scale * t[1] / cr;
-        svg += "<line class=\"arrow\" data-bin=\"" + std::to_string(j + 1) + "\" x1=\"" + f4(x1) +
-               "\" y1=\"" + f4(y1) + "\" x2=\"" + f4(x2) + "\" y2=\"" + f4(y2) +
-               "\" stroke=\"#c00\" stroke-width=\"2\" marker-end=\"url(#head)\"/>\n";
-        polygon += (polygon.empty() ? "" : " ") + f4(x2) + "," + f4(y2);
+        char arrow[256];
+        std::snprintf(arrow, sizeof arrow,
+                      "<line class=\"arrow\" data-bin=\"%d\" x1=\"%s\" y1=\"%s\" x2=\"%s\" y2=\"%s\" "
+                      "stroke=\"#c00\" stroke-width=\"2\" marker-end=\"url(#head)\"/>\n",
+                      j + 1, f4(x1).c_str(), f4(y1).c_str(), f4(x2).c_str(), f4(y2).c_str());
+        svg += arrow;
+        if (!polygon.empty()) polygon += ' ';
+        polygon += f4(x2);
+        polygon += ',';
+        polygon += f4(y2);
     }
     svg += "<polygon id=\"test-gamut\" points=\"" + polygon +
            "\" fill=\"none\" stroke=\"#c00\" stroke-width=\"1\"/>\n</g>\n";
