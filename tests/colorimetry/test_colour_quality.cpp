@@ -95,7 +95,7 @@ TEST(ColourQuality, ReferencesRenderPerfectlyAndCieRaOfTheFluorescentLamps)
     auto f = columns("illuminant_F1_F12_5nm.csv");
     const int published[12] = {76, 64, 57, 51, 72, 59, 90, 95, 90, 81, 83, 83};
     for (int k = 0; k < 12; ++k) {
-        const std::string name = "F" + std::to_string(k + 1);
+        const std::string name = std::string(1, 'F') + std::to_string(k + 1);
         float ra = analyse(f["nm"], f[name])[QOMATH_CRA_RA];
         if (k == 7) {
             qomath::numerics::Interpolate2State cache;
