@@ -65,8 +65,9 @@ constexpr double kKm = 683.0;
 // each sample, built once.
 struct Tables {
     std::array<std::array<double, kPoints>, 3> cmf10{};
-    std::vector<double> weighted;  // [sample][point][component]
-    const double* of(std::size_t sample) const { return weighted.data() + sample * 3 * kPoints; }
+    // [point][sample][component]: one point's 297 weights side by side, so
+    // the sums over points run for every sample at once.
+    std::vector<double> weighted;
 };
 
 const Tables& tables()
@@ -81,7 +82,7 @@ const Tables& tables()
         for (std::size_t s = 0; s < kSamples; ++s)
             for (std::size_t c = 0; c < 3; ++c)
                 for (std::size_t i = 0; i < kPoints; ++i)
-                    r.weighted[(s * kPoints + i) * 3 + c] = kCesRows[i][s + 1] * r.cmf10[c][i];
+                    r.weighted[(i * kSamples + s) * 3 + c] = kCesRows[i][s + 1] * r.cmf10[c][i];
         return r;
     }();
     return t;
@@ -253,17 +254,19 @@ void samples_under(const Spd& test, const Spd& ref, std::array<Ucs, kSamples>& t
     const double kt = 100.0 / wt[1], kr = 100.0 / wr[1];
     for (std::size_t c = 0; c < 3; ++c) wt[c] *= kt, wr[c] *= kr;
     const Cam02 cam_t(wt), cam_r(wr);
+    constexpr std::size_t kCells = kSamples * 3;
+    std::array<double, kCells> st{}, sr{};
+    const double* w = tab.weighted.data();
+    for (std::size_t i = 0; i < kPoints; ++i, w += kCells) {
+        const double a = test[i], b = ref[i];
+        for (std::size_t k = 0; k < kCells; ++k) {
+            st[k] += a * w[k];
+            sr[k] += b * w[k];
+        }
+    }
     for (std::size_t n = 0; n < kSamples; ++n) {
-        const double* w = tab.of(n);
-        std::array<double, 3> xt{}, xr{};
-        for (std::size_t i = 0; i < kPoints; ++i, w += 3)
-            for (std::size_t c = 0; c < 3; ++c) {
-                xt[c] += test[i] * w[c];
-                xr[c] += ref[i] * w[c];
-            }
-        for (std::size_t c = 0; c < 3; ++c) xt[c] *= kt, xr[c] *= kr;
-        t[n] = cam_t(xt);
-        u[n] = cam_r(xr);
+        t[n] = cam_t({st[3 * n] * kt, st[3 * n + 1] * kt, st[3 * n + 2] * kt});
+        u[n] = cam_r({sr[3 * n] * kr, sr[3 * n + 1] * kr, sr[3 * n + 2] * kr});
     }
 }
 

@@ -508,19 +508,25 @@ int default_calc_arrays(const Context& ctx, const Curve& given_ref, const Curve&
             return kResampleFailed;
 
     // X, Y, Z of a source (and of a sample under it) by the trapezoid rule
-    // over the test wavelengths. Beyond the tables the observer sees
+    // over the test wavelengths, IntegrationDiscrete's arithmetic for each
+    // component, the three in one pass. Beyond the tables the observer sees
     // nothing, whatever the extrapolated curves say there.
+    for (std::size_t i = 1; i < n; ++i) product[i] = wl[i] - wl[i - 1];  // the steps
     const auto xyz_of = [&](std::span<const float> light, const float* reflectance) {
-        Xyz out{};
-        for (std::size_t c = 0; c < 3; ++c) {
-            for (std::size_t i = 0; i < n; ++i) {
-                const bool inside = wl[i] >= kWorkingStart && wl[i] <= kWorkingEnd;
-                product[i] =
+        std::array<double, 3> sum{};
+        std::array<float, 3> previous{};
+        for (std::size_t i = 0; i < n; ++i) {
+            const bool inside = wl[i] >= kWorkingStart && wl[i] <= kWorkingEnd;
+            for (std::size_t c = 0; c < 3; ++c) {
+                const float current =
                     inside ? cmf[c][i] * light[i] * (reflectance ? reflectance[i] : 1.0f) : 0.0f;
+                if (i > 0)
+                    sum[c] += static_cast<double>(previous[c] + current) * 0.5 *
+                              static_cast<double>(product[i]);
+                previous[c] = current;
             }
-            out[c] = IntegrationDiscrete(test.wl, product.data(), test.n);
         }
-        return out;
+        return Xyz{static_cast<float>(sum[0]), static_cast<float>(sum[1]), static_cast<float>(sum[2])};
     };
     Scene ref_scene, test_scene;
     const std::span<const float> test_values(test.values, n);
