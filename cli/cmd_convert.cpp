@@ -40,16 +40,8 @@ int run_convert(std::span<char* const> args, std::FILE* out, std::FILE* err)
     int to = 0;
     int plain_unit = -1;
     for (std::size_t i = 0; i < args.size(); ++i) {
-        std::string a = args[i];
-        std::string v;
-        const auto eq = a.find('=');
-        if (a.rfind("--", 0) == 0 && eq != std::string::npos) {
-            v = a.substr(eq + 1);
-            a.resize(eq);
-        } else if (a == "--to" || a == "--unit") {
-            if (i + 1 >= args.size()) return usage_error(err, a + " needs a value");
-            v = args[++i];
-        }
+        std::string a, v;
+        if (!read_option(args, i, {"--to", "--unit"}, a, v)) return usage_error(err, a + " needs a value");
         if (a == "--to") {
             if (v == "1" || v == "1.0")
                 to = 1;

@@ -56,16 +56,8 @@ int run_f1prime(std::span<char* const> args, std::FILE* out, std::FILE* err)
     const Target* target = &kTargets[0];
     bool json = false, compat = false;
     for (std::size_t i = 0; i < args.size(); ++i) {
-        std::string a = args[i];
-        std::string v;
-        const auto eq = a.find('=');
-        if (a.rfind("--", 0) == 0 && eq != std::string::npos) {
-            v = a.substr(eq + 1);
-            a.resize(eq);
-        } else if (a == "--target" || a == "--source") {
-            if (i + 1 >= args.size()) return usage_error(err, a + " needs a value");
-            v = args[++i];
-        }
+        std::string a, v;
+        if (!read_option(args, i, {"--target", "--source"}, a, v)) return usage_error(err, a + " needs a value");
         if (a == "--target") {
             target = nullptr;
             for (const Target& t : kTargets)

@@ -54,16 +54,8 @@ int run_lines(std::span<char* const> args, std::FILE* out, std::FILE* err)
     std::string lamp, fwhm_text, step_text, out_path;
     bool json = false, simulate = false, has_step = false, has_out = false;
     for (std::size_t i = 0; i < args.size(); ++i) {
-        std::string a = args[i];
-        std::string v;
-        const auto eq = a.find('=');
-        if (a.rfind("--", 0) == 0 && eq != std::string::npos) {
-            v = a.substr(eq + 1);
-            a.resize(eq);
-        } else if (a == "--simulate" || a == "--step" || a == "-o") {
-            if (i + 1 >= args.size()) return usage_error(err, a + " needs a value");
-            v = args[++i];
-        }
+        std::string a, v;
+        if (!read_option(args, i, {"--simulate", "--step", "-o"}, a, v)) return usage_error(err, a + " needs a value");
         if (a == "--json") {
             json = true;
         } else if (a == "--simulate") {

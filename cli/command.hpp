@@ -3,7 +3,9 @@
 #pragma once
 
 #include <cstdio>
+#include <initializer_list>
 #include <span>
+#include <string>
 #include <string_view>
 
 namespace qomath::cli {
@@ -20,6 +22,29 @@ struct Command {
     // args holds the words after the command name; --help never reaches here.
     int (*run)(std::span<char* const> args, std::FILE* out, std::FILE* err);
 };
+
+// Reads the option at args[i] into name and value: "--name=value" in one
+// word, or for the options listed in takes_value the next word (i moves on
+// to it). Returns false when such an option has no next word.
+inline bool read_option(std::span<char* const> args, std::size_t& i,
+                        std::initializer_list<std::string_view> takes_value, std::string& name,
+                        std::string& value)
+{
+    name = args[i];
+    value.clear();
+    const auto eq = name.find('=');
+    if (name.rfind("--", 0) == 0 && eq != std::string::npos) {
+        value = name.substr(eq + 1);
+        name.resize(eq);
+        return true;
+    }
+    for (const std::string_view t : takes_value)
+        if (name == t) {
+            if (i + 1 >= args.size()) return false;
+            value = args[++i];
+        }
+    return true;
+}
 
 int run_version(std::span<char* const> args, std::FILE* out, std::FILE* err);
 int run_tables(std::span<char* const> args, std::FILE* out, std::FILE* err);

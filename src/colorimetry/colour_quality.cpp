@@ -93,11 +93,7 @@ const Tables& tables()
 int check(const float* wl, const float* v, int n)
 {
     if (!wl || !v || n < 2) return kBadArgument;
-    for (int i = 0; i < n; ++i) {
-        if (!std::isfinite(wl[i]) || !std::isfinite(v[i])) return kBadData;
-        if (i > 0 && !(wl[i] > wl[i - 1])) return kBadData;
-    }
-    return kOk;
+    return summary::finite_and_increasing(wl, v, n) ? kOk : kBadData;
 }
 
 // The spectrum at x, linear between its samples; 0 outside.

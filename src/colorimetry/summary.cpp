@@ -149,15 +149,6 @@ const Illuminant& illuminant(int which)
     }
 }
 
-// Finite values and finite, strictly increasing wavelengths.
-bool valid_spectrum(const float* wl, const float* v, int n)
-{
-    for (int i = 0; i < n; ++i) {
-        if (!std::isfinite(wl[i]) || !std::isfinite(v[i])) return false;
-        if (i > 0 && !(wl[i] > wl[i - 1])) return false;
-    }
-    return true;
-}
 
 bool all_finite(std::span<const float> r)
 {
@@ -369,7 +360,7 @@ int colorimetric(const Context& ctx, const float* wl, const float* v, int n, int
     if (object) *object = ObjectColour{};
     std::fill(r, r + QOMATH_CC_COUNT, 0.0f);
     if (!wl || !v || unit < 0 || unit >= kUnitCount) return kBadArgument;
-    if (n < kMinColourPoints || !valid_spectrum(wl, v, n)) return kBadData;
+    if (n < kMinColourPoints || !finite_and_increasing(wl, v, n)) return kBadData;
     if (wl[n - 1] <= kReachLow || wl[0] >= kReachHigh) return kOutOfReach;
     const int st = guarded(kNoMemory, [&] {
         return colorimetry(ctx, wl, v, n, unit, white, illum, r, object);
@@ -475,6 +466,15 @@ int radiometry(const Context& ctx, const float* wl, const float* v, int n, float
 
 }  // namespace
 
+bool finite_and_increasing(const float* wl, const float* v, int n)
+{
+    for (int i = 0; i < n; ++i) {
+        if (!std::isfinite(wl[i]) || !std::isfinite(v[i])) return false;
+        if (i > 0 && !(wl[i] > wl[i - 1])) return false;
+    }
+    return true;
+}
+
 float band_integral(std::span<const float> wl, std::span<const float> v, float lo, float hi)
 {
     std::vector<float> bx;
@@ -487,7 +487,7 @@ int radiometric(const Context& ctx, const float* wl, const float* v, int n, floa
 {
     std::fill(r, r + QOMATH_RC_COUNT, 0.0f);
     if (!wl || !v) return kBadArgument;
-    if (n < kMinRadiometryPoints || !valid_spectrum(wl, v, n)) return kBadData;
+    if (n < kMinRadiometryPoints || !finite_and_increasing(wl, v, n)) return kBadData;
     if (!(lo < hi)) return kBadBand;
     const int st = guarded(kNoMemory, [&] { return radiometry(ctx, wl, v, n, lo, hi, r); });
     if (st != kOk) std::fill(r, r + QOMATH_RC_COUNT, 0.0f);

@@ -30,6 +30,9 @@ int colorimetric(const colorimetry::Context& ctx, const float* wl, const float* 
 int radiometric(const colorimetry::Context& ctx, const float* wl, const float* v, int n,
                 float band_start, float band_end, float* result);
 
+// Finite values on finite, strictly increasing wavelengths.
+bool finite_and_increasing(const float* wl, const float* v, int n);
+
 // Trapezoid integral of the spectrum over [lo, hi] clipped to the data, the
 // edge values on the straight line between the samples around them (the
 // band integrals of RadiometryCalc). wl increases; 0 when nothing overlaps.

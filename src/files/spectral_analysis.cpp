@@ -79,11 +79,7 @@ Options options_of(const typ_SpectralAnalysisOptions* o)
 int check(const float* wl, const float* v, int n, const Options& o)
 {
     if (!wl || !v || n < 2 || !(o.band_start < o.band_end)) return kBadArgument;
-    for (int i = 0; i < n; ++i) {
-        if (!std::isfinite(wl[i]) || !std::isfinite(v[i])) return kBadData;
-        if (i > 0 && !(wl[i] > wl[i - 1])) return kBadData;
-    }
-    return kOk;
+    return summary::finite_and_increasing(wl, v, n) ? kOk : kBadData;
 }
 
 bool covers(const float* wl, int n, float lo, float hi)
