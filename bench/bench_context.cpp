@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "colorimetry/context.hpp"
+#include "colorimetry/cri.hpp"
 #include "colorimetry/summary.hpp"
 #include "colorimetry/tristimulus.hpp"
 #include "qomath/cct.h"
@@ -166,5 +167,27 @@ void BM_AlphaOpic1nm(benchmark::State& state)
     }
 }
 BENCHMARK(BM_AlphaOpic1nm)->Unit(benchmark::kMicrosecond);
+
+}  // namespace
+
+namespace {
+
+// The CIE 13.3 part of ColorRenditionAnalysis on its own (CIE constants,
+// the spectrum at 5 nm, a warm per-thread cache).
+void BM_Cie133Part5nm(benchmark::State& state)
+{
+    Led1nm s;
+    thread_local qomath::numerics::Interpolate2State cache;
+    const qomath::colorimetry::Context ctx{qomath::colorimetry::Sampling::data, &cache,
+                                           qomath::colorimetry::Constants::cie};
+    std::vector<float> cells(QOMATH_CRI_RESULT_CELLS), wl5, v5;
+    for (std::size_t i = 0; i < s.wl.size(); i += 5) wl5.push_back(s.wl[i]), v5.push_back(s.v[i]);
+    for (auto _ : state) {
+        qomath::cri::default_calc2(ctx, nullptr, nullptr, 0, wl5.data(), v5.data(), 81, 4000.0f, {}, {},
+                                   cells.data());
+        benchmark::DoNotOptimize(cells.data());
+    }
+}
+BENCHMARK(BM_Cie133Part5nm)->Unit(benchmark::kMicrosecond);
 
 }  // namespace

@@ -16,7 +16,9 @@
  * CIE chromaticity polynomial) above 5000 K, and between them the mix
  * (5000 - T)/1000 Planckian + (T - 4000)/1000 daylight of the two normalised
  * to Y10 = 100. T is the CCT of the spectrum (CCTCalculate, CIE 1960 u, v
- * of the 2-degree observer). Sums in double.
+ * of the 2-degree observer). Sums in double. CIE 13.3 works at its 5 nm
+ * intervals: the data, linear between their samples, at every 5 nm they
+ * cover within 360..830 nm.
  *
  * Status codes of the three functions:
  *    1  success

@@ -345,9 +345,18 @@ int rendition(const float* wl, const float* v, int n, float* r)
     r[QOMATH_CRA_DUV] = cct.duv;
     tm30(test, cct.cct, r);
 
-    // CIE 13.3 with the CIE's daylight constants, on the data's sampling.
+    // CIE 13.3 with the CIE's daylight constants, at its 5 nm intervals:
+    // the data (linear between its samples) at every 5 nm they cover.
+    std::array<float, 95> wl5{}, v5{};
+    int n5 = 0;
+    for (double nm = std::ceil(std::max(360.0, static_cast<double>(wl[0])) / 5.0) * 5.0;
+         nm <= std::min(830.0, static_cast<double>(wl[n - 1])) && n5 < 95; nm += 5.0, ++n5) {
+        wl5[static_cast<std::size_t>(n5)] = static_cast<float>(nm);
+        v5[static_cast<std::size_t>(n5)] = static_cast<float>(linear_at(wl, v, n, nm));
+    }
     std::array<float, QOMATH_CRI_RESULT_CELLS> cells{};
-    if (cri::default_calc2(ctx, nullptr, nullptr, 0, wl, v, n, cct.cct, {}, {}, cells.data()) == 1) {
+    if (cri::default_calc2(ctx, nullptr, nullptr, 0, wl5.data(), v5.data(), n5, cct.cct, {}, {},
+                           cells.data()) == 1) {
         r[QOMATH_CRA_RA] = cells[16];
         std::copy_n(cells.begin(), 15, r + QOMATH_CRA_R1);
     }
