@@ -133,7 +133,7 @@ Config parse_config(std::string_view data)
         while (!value.empty() && (value.back() == '\n' || value.back() == '\r')) value.pop_back();
         if (line <= 17) {
             const double v = text::parse_double(value.c_str());
-            num[line - 1] = std::isfinite(v) ? static_cast<float>(v) : 0.0f;
+            num[line - 1] = std::abs(v) <= std::numeric_limits<float>::max() ? static_cast<float>(v) : 0.0f;
         } else if (line >= 21) {
             texts[line - 21] = value;
         }
