@@ -80,6 +80,9 @@ int run_generate(std::span<char* const> args, std::FILE* out, std::FILE* err)
     sl::GenerateOptions opt;
     const fs::path m(matrix);
     opt.out_dir = m.has_parent_path() ? m.parent_path().string() : std::string(".");
+    // The outputs beside MATRIX must not join (or replace) the scans.
+    if (fs::equivalent(opt.out_dir, folder, ec) || is_an_input(matrix, {config}))
+        return usage_error(err, "MATRIX must lie outside SCANDIR and not be the configuration file");
     opt.binary_name = m.filename().string();
     opt.log = nullptr;
     opt.progress = ::isatty(::fileno(err)) ? err : nullptr;

@@ -67,10 +67,11 @@ bool read_scan(const std::string& path, std::vector<float>& y, double& time, std
     files::ParsedSpectrum s;
     std::vector<files::Problem> problems;
     if (!files::parse_spectrum(data, -1, s, problems)) {
+        int shown = 0;
         for (const files::Problem& p : problems)
-            if (p.error) {
-                why = (p.line > 0 ? "line " + std::to_string(p.line) + ": " : std::string()) + p.what;
-                break;
+            if (p.error && shown++ < 3) {
+                if (!why.empty()) why += "; ";
+                why += (p.line > 0 ? "line " + std::to_string(p.line) + ": " : std::string()) + p.what;
             }
         if (why.empty()) why = "not a spectral file";
         return false;

@@ -85,6 +85,7 @@ TEST(StrayLightCli, RefusalsAndUsage)
     EXPECT_EQ(qomath("straylight correct m.bin --blue-blend 500:400 x.txt").status, 2);
     const std::string empty = scratch::path("no_scans");
     fs::create_directories(empty);
+    EXPECT_EQ(qomath("straylight generate " + empty + " -o " + empty + "/m.bin").status, 2);
     auto r = qomath("straylight generate " + empty + " -o " + scratch::path("e.bin"));
     EXPECT_EQ(r.status, 1);
     EXPECT_NE(r.out.find("no usable scan"), std::string::npos);

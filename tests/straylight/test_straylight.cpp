@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "files/scratch.hpp"
+#include "files/spectrum_reader.hpp"
 #include "qomath/straylight.h"
 #include "straylight/straylight.hpp"
 
@@ -200,6 +201,74 @@ TEST(StrayLight, FilesByteExactAndRead)
     EXPECT_EQ(StrayLightReadCmatrixFile(f.data(), scratch::path("c.txt").c_str(), 3, 0), 1);
     EXPECT_EQ(f[0], 7.0f);
     EXPECT_EQ(StrayLightReadCmatrixFile(f.data(), scratch::path("none").c_str(), 3, 0), -1);
+
+    // 100,000-character lines: the C-matrix read finishes its first
+    // 24,999-character piece, 12,500 values, the documented room past
+    // maxValues; an SDF row of 30,000+ characters is two rows.
+    std::string line;
+    for (int i = 0; i < 50000; ++i) line += "5,";
+    std::vector<float> big(1 + 12500 + 1, -1.0f);
+    EXPECT_EQ(StrayLightReadCmatrixFile(big.data(), scratch::put("w.txt", line + "\n").c_str(), 1, 0), 12500);
+    EXPECT_EQ(big[12499], 5.0f);
+    EXPECT_EQ(big[12500], -1.0f);
+    std::fill(m.begin(), m.end(), 9.0);
+    scratch::put("w.txt", "1," + std::string(30000, '0') + "7\n");
+    EXPECT_EQ(StrayLightReadSDFMatrixFile(m.data(), &n, scratch::path("w.txt").c_str(), 3), 1);
+    EXPECT_EQ(m, (D{1, 0, 0, 7, 0, 0, 9, 9, 9, 9}));
+}
+
+TEST(StrayLight, GeneratorPicksTheNearestEligibleScan)
+{
+    // Scans peaking at 100 (100 ms), 500 (200 ms) and 900 (too weak), and one
+    // that is not a scan; pixel 300 lies as far from 100 as from 500.
+    const auto dir = scratch::folder() / "gen";
+    std::filesystem::create_directories(dir / "scans");
+    D lsf(N);
+    for (const int p : {100, 500, 900}) {
+        StrayLightGenerateSyntheticLSF(lsf.data(), N, static_cast<unsigned>(p), 1.2, 30.0);
+        qomath::files::ParsedSpectrum s;
+        s.header = "scan";
+        s.unit = "Counts";
+        s.info = {p == 500 ? "200 [Integration Time ms]" : "100 [Exposure Time]"};
+        for (int i = 0; i < N; ++i) {
+            s.wavelengths.push_back(static_cast<float>(400 + i));
+            s.values.push_back(static_cast<float>(lsf[i] * (p == 900 ? 1.0 : 1000.0)));
+        }
+        std::string text, why;
+        ASSERT_TRUE(qomath::files::format_spectral_text(s, 2, text, why));
+        scratch::put((dir / "scans" / ("s" + std::to_string(p) + ".csv")).string(), text);
+    }
+    scratch::put((dir / "scans" / "x.csv").string(), "1,2\n");
+    std::string cfg = "a=8\nb=0\nc=0\nd=0\ne=0\nf=1023\ng=1023\n";
+    for (int i = 8; i <= 14; ++i) cfg += "x=0\n";
+    cfg += "threshold=10\ncdf=0\nend=2\n\n\n\nfolder=" + (dir / "scans").string() + "\n";
+    sl::State st;
+    sl::GenerateOptions opt;
+    opt.out_dir = dir.string();
+    opt.log = nullptr;
+    const sl::GenerateResult r = sl::generate(st, sl::parse_config(cfg), opt);
+    EXPECT_EQ(r.status, 1);
+    ASSERT_EQ(r.refused.size(), 1u);
+    const std::string scans = (dir / "scans").string();
+    const std::string process = scratch::get((dir / "StrayLightProcess.txt").string());
+    for (const std::string& l : {"0,0," + scans + "/s100.csv,0\n", "300,0," + scans + "/s100.csv,0\n",
+                                 "301,1," + scans + "/s500.csv,1\n", "1023,1," + scans + "/s500.csv,1\n"})
+        EXPECT_NE(process.find(l), std::string::npos) << l;
+    EXPECT_NE(scratch::get((dir / "StrayLight_Input.txt").string())
+                  .find("Peak Signal Threshold 10.000000\nCDF Noise Threshold 0.000000\n"
+                        "DMatrix - End columns to remove 2\n"),
+              std::string::npos);
+    // D: column 300 is the 100 scan's SDF (its peak outside 292..307 counts);
+    // the two end columns on each side are zeroed.
+    D d(N * N, 9.0);
+    unsigned n = 0;
+    StrayLightReadSDFMatrixFile(d.data(), &n, (dir / "StrayLight_SDFMatrix.txt").c_str(), N);
+    EXPECT_GT(d[100 * N + 300], 0.01);
+    EXPECT_EQ(d[300 * N + 300], 0.0);
+    EXPECT_EQ(d[500 * N + 1], 0.0);
+    EXPECT_EQ(d[500 * N + 1022], 0.0);
+    EXPECT_GT(d[500 * N + 1021], 0.0);
+    EXPECT_EQ(std::filesystem::file_size(dir / "slmatrix.bin"), sl::kMatrixBytes);
 }
 
 TEST(StrayLight, MatrixConversionsRoundTripAndCorrection)
