@@ -271,6 +271,31 @@ TEST(StrayLight, GeneratorPicksTheNearestEligibleScan)
     EXPECT_EQ(std::filesystem::file_size(dir / "slmatrix.bin"), sl::kMatrixBytes);
 }
 
+TEST(StrayLight, ExportsRefuseWithTheirCodes)
+{
+    // Writers into a missing folder: the open-failure code; nothing read.
+    const std::string nowhere = scratch::path("missing/x.txt");
+    std::vector<float> f(4, 1.0f);
+    D d(4, 1.0);
+    EXPECT_EQ(StrayLightSaveSDFMatrixFile(d.data(), 2, nowhere.c_str()), -1);
+    EXPECT_EQ(StrayLightWriteCmatrixFile(f.data(), 4, nowhere.c_str(), 0), -1);
+    EXPECT_EQ(StrayLightWriteCmatrixFile(f.data(), 4, nowhere.c_str(), 1), -1);
+    EXPECT_EQ(StrayLightBinaryfileToCSV(nowhere.c_str(), scratch::path("y.csv").c_str()), -1);
+    EXPECT_EQ(StrayLightReadCmatrixFile(f.data(), scratch::put("b.bin", "abcdefgh").c_str(), 0, 1), 0);
+    // The generator of the C interface, in the current folder: an unlistable
+    // scan folder ends the run with "FindFirstFile" and writes nothing.
+    const auto dir = scratch::folder() / "cwd";
+    std::filesystem::create_directories(dir);
+    const std::string cfg = scratch::put("cfg.txt", std::string(20, '\n') + "=" + nowhere + "\n");
+    const auto old = std::filesystem::current_path();
+    std::filesystem::current_path(dir);
+    testing::internal::CaptureStdout();
+    GenerateSDFMatrix(cfg.c_str());
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "FindFirstFile\n");
+    std::filesystem::current_path(old);
+    EXPECT_TRUE(std::filesystem::is_empty(dir));
+}
+
 TEST(StrayLight, MatrixConversionsRoundTripAndCorrection)
 {
     std::vector<float> m(N * N);
