@@ -145,6 +145,32 @@ constexpr Command kCommands[] = {
      "A window longer than a file's data fails that file; the others go on.\n"
      "Exit status: 0 all smoothed, 1 some failed, 2 usage error.\n",
      run_smooth},
+    {"straylight", "stray-light matrices from line scans, and their correction",
+     "usage: qomath straylight generate SCANDIR -o MATRIX [--config FILE] [--stage-times]\n"
+     "       qomath straylight correct MATRIX FILE... [-o DIR] [--blue-blend START:END]\n\n"
+     "generate: builds the correction matrix of a 1024-pixel array spectrometer\n"
+     "from SCANDIR, one spectral file per monochromatic line (names containing\n"
+     "\"csv\", 1024 points each): each pixel takes the scan peaking nearest to\n"
+     "it, scaled to the longest integration time, as its stray-light column;\n"
+     "C = (I + D)^-1 is written in binary to MATRIX (1024 x 1024 floats), with\n"
+     "the summaries (StrayLight_LocatePeakPixels.csv, StrayLight_Input.txt,\n"
+     "StrayLightProcess.txt) and D and C as text beside it. --config FILE takes\n"
+     "the generator's configuration file (its scan folder is SCANDIR); without\n"
+     "it, an in-band half width of 8 pixels and no filters. Progress goes to\n"
+     "standard error when it is a terminal; --stage-times reports where the\n"
+     "time went.\n"
+     "Exit status: 0 written; 1 scans were refused (each named; the matrix is\n"
+     "built from the rest), no scan is usable (no matrix) or a write failed;\n"
+     "2 usage error.\n\n"
+     "correct: corrects each FILE (a spectral file of 1024 points) with MATRIX:\n"
+     "C y, negative results handed to their neighbours, and with --blue-blend\n"
+     "the measured values kept up to START nm, blended linearly up to END nm.\n"
+     "Each result keeps its input's version, header, unit and information\n"
+     "lines and goes to DIR (default: corrected/ beside each input), replaced\n"
+     "only when complete and never over an input. A matrix that is not\n"
+     "4,194,304 bytes of finite floats is refused.\n"
+     "Exit status: 0 all corrected, 1 the matrix or a file failed, 2 usage error.\n",
+     run_straylight},
 };
 
 void print_usage(std::FILE* out)

@@ -25,7 +25,8 @@ for what in "$@"; do
     bench)
       check_build
       have_file /usr/include/benchmark/benchmark.h || need+=(libbenchmark-dev)
-      have_file /usr/include/fftw3.h || need+=(libfftw3-dev) ;;
+      have_file /usr/include/fftw3.h || need+=(libfftw3-dev)
+      pkg-config --exists openblas 2>/dev/null || need+=(libopenblas-dev) ;;
     fuzz)
       check_build
       if ! have_cmd clang++; then
