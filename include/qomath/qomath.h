@@ -34,5 +34,6 @@
 #include "qomath/registry.h"
 #include "qomath/conversions.h"
 #include "qomath/marshal.h"
+#include "qomath/retro.h"
 
 #endif /* QOMATH_QOMATH_H */
