@@ -35,5 +35,6 @@
 #include "qomath/conversions.h"
 #include "qomath/marshal.h"
 #include "qomath/retro.h"
+#include "qomath/donaldson.h"
 
 #endif /* QOMATH_QOMATH_H */
