@@ -1,8 +1,5 @@
-"""The marshalling self-tests through Python ctypes, as a host would call them.
-
-Usage: marshal_ctypes.py PATH_TO_SHARED_LIBRARY
-Exits 0 when every check passes, 1 on a failure, 77 (skipped) without ctypes.
-"""
+# The marshalling self-tests through Python ctypes, as a host calls them:
+# marshal_ctypes.py LIBRARY; exit 0 passed, 1 failed, 77 skipped (no ctypes).
 import sys
 
 try:
@@ -14,10 +11,7 @@ except ImportError:
 lib = ctypes.CDLL(sys.argv[1])
 failures = []
 
-
-def check(cond, what):
-    if not cond:
-        failures.append(what)
+check = lambda cond, what: cond or failures.append(what)
 
 
 class WlInfo(ctypes.Structure):
@@ -69,8 +63,5 @@ check(list(layout) == ours, "record layout: library %s, ctypes %s" % (list(layou
 check(rec.values[1] == 1000.0 and rec.infoCount == 2 and rec.unitName == b"Marshal",
       "MarshalTestRecord2 answer")
 
-for what in failures:
-    print("FAILED:", what)
-if not failures:
-    print("ctypes marshalling: all checks passed")
+print("\n".join("FAILED: " + w for w in failures) or "ctypes marshalling: all checks passed")
 sys.exit(1 if failures else 0)
