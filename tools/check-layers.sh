@@ -25,15 +25,16 @@ declare -A header=(
   [common.h]=common [grid.h]=common
   [interpolation.h]=numerics [arrays.h]=numerics [spectral_arith.h]=numerics
   [polyfit.h]=numerics [linalg.h]=numerics [peaks.h]=numerics
-  [filters.h]=numerics [fft.h]=numerics
+  [filters.h]=numerics [fft.h]=numerics [conversions.h]=numerics
   [cie_tables.h]=colorimetry [tristimulus.h]=colorimetry [chromaticity.h]=colorimetry
   [cct.h]=colorimetry [dominant.h]=colorimetry [cri.h]=colorimetry
   [photometry.h]=colorimetry [summary.h]=colorimetry [calc.h]=colorimetry
   [colour_quality.h]=colorimetry
   [units.h]=files [spectral_file.h]=files [qofile.h]=files
-  [spectral_analysis.h]=files [registry.h]=files
+  [spectral_analysis.h]=files [registry.h]=files [marshal.h]=files
   [straylight.h]=straylight [lines.h]=straylight
-  [detector.h]=detector
+  [detector.h]=detector [donaldson.h]=detector
+  [retro.h]=retro
   [qomath.h]=cli
 )
 

@@ -32,5 +32,9 @@
 #include "qomath/qofile.h"
 #include "qomath/spectral_analysis.h"
 #include "qomath/registry.h"
+#include "qomath/conversions.h"
+#include "qomath/marshal.h"
+#include "qomath/retro.h"
+#include "qomath/donaldson.h"
 
 #endif /* QOMATH_QOMATH_H */

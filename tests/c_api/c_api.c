@@ -1,5 +1,6 @@
 /* The public headers compile as C99 and the shared library answers from C. */
 #include <math.h>
+#include <stddef.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
@@ -42,6 +43,21 @@ int main(void)
     free(wl);
     free(fx);
     free(fy);
+
+    {
+        int n = 1, layout[QOMATH_MARSHAL_LAYOUT_ENTRIES];
+        float f = 0.0f, arr[4];
+        double dd = 0.5;
+        char text[8];
+        CHECK(MarshalTestScalars(41, 2.5f, 0.25, &n, &f, &dd) == 1 && n == 42 && f == 2.5f && dd == 0.75);
+        CHECK(MarshalTestDouble(1, 0.5f, 0.25) == 1.75);
+        CHECK(MarshalTestFloatArray(arr, 4) == 9.0f && arr[3] == 4.5f);
+        CHECK(MarshalTestString("qo", text, (int)sizeof text, &n) == 1 && strcmp(text, "QO") == 0 && n == 2);
+        CHECK(MarshalTestRecord2(NULL, layout, QOMATH_MARSHAL_LAYOUT_ENTRIES) == 1);
+        CHECK(layout[QOMATH_MARSHAL_RECORD2_SIZE] == (int)sizeof(SpectralRecord2));
+        CHECK(layout[QOMATH_MARSHAL_INFO_OFFSET] == (int)offsetof(SpectralRecord2, info));
+        CHECK(fabs(INCH_TO_CM(1.0f) - 2.54) < 1e-12);
+    }
 
     CHECK(MatrixGaussJordan(a, 2, b, 1) == 1 && fabsf(a[0] - 0.6f) < 1e-6f);
 
