@@ -16,21 +16,11 @@ namespace {
 
 namespace fs = std::filesystem;
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr bool kSanitized = true;
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
-constexpr bool kSanitized = true;
-#else
-constexpr bool kSanitized = false;
-#endif
-#else
-constexpr bool kSanitized = false;
-#endif
-
 TEST(Batch, TwentyThousandFilesInBoundedMemory)
 {
-    if (kSanitized) GTEST_SKIP() << "the sanitizers' shadow memory would be measured";
+#ifdef QOMATH_TESTS_SANITIZED
+    GTEST_SKIP() << "the sanitizers' shadow memory would be measured";
+#endif
     const fs::path dir = fs::temp_directory_path() / ("qomath-batch-" + std::to_string(getpid()));
     fs::create_directories(dir);
     constexpr int kFiles = 20000;
