@@ -436,30 +436,40 @@ int uv(const float* wl, const float* v, int n, bool radiance, float* r)
     return kOk;
 }
 
-int alpha_opic(const float* wl, const float* v, int n, float* r)
+// y-bar and the five action spectra at each of a grid's wavelengths,
+// linear between their 1 nm values, 0 outside their tables.
+std::vector<std::array<double, 6>> alpha_weights(const float* wl, int n)
 {
-    // One trapezoid pass over the data: y-bar and the five action spectra,
-    // each interpolated linearly at the data's wavelengths (0 outside their
-    // tables).
-    constexpr double kSi = 0.01;
     const std::span<const float> ybar = cie::table(1).values;  // 360..830 nm, 1 nm
-    std::array<double, 6> sum{}, previous{};
+    std::vector<std::array<double, 6>> w(static_cast<std::size_t>(n));
     for (int i = 0; i < n; ++i) {
         const double nm = wl[i];
-        std::array<double, 6> w{};
+        std::array<double, 6>& x = w[static_cast<std::size_t>(i)];
         if (nm >= 360.0 && nm <= 830.0) {
             const double t = nm - 360.0;
             const auto k = std::min(static_cast<std::size_t>(t), std::size_t{469});
-            w[5] = ybar[k] + (t - static_cast<double>(k)) * (static_cast<double>(ybar[k + 1]) - ybar[k]);
+            x[5] = ybar[k] + (t - static_cast<double>(k)) * (static_cast<double>(ybar[k + 1]) - ybar[k]);
         }
-        const double t = nm - kFirst;
-        if (t >= 0.0 && t <= kPoints - 1) {
-            const auto k = std::min(static_cast<std::size_t>(t), static_cast<std::size_t>(kPoints - 2));
-            const double f = t - static_cast<double>(k);
-            for (std::size_t a = 0; a < 5; ++a)
-                w[a] = kAlphaRows[k][a + 1] + f * (kAlphaRows[k + 1][a + 1] - kAlphaRows[k][a + 1]);
-        }
-        const double half_step = i > 0 ? 0.5 * (nm - wl[i - 1]) : 0.0;
+        for (std::size_t a = 0; a < 5; ++a) x[a] = table_at(kAlphaRows, a + 1, nm);
+    }
+    return w;
+}
+
+int alpha_opic(const float* wl, const float* v, int n, float* r)
+{
+    // The weights are kept per thread for the last grid: spectra of one
+    // instrument come on one grid. Then one trapezoid pass over the data.
+    thread_local std::vector<float> grid;
+    thread_local std::vector<std::array<double, 6>> weights;
+    if (grid.size() != static_cast<std::size_t>(n) || !std::equal(grid.begin(), grid.end(), wl)) {
+        weights = alpha_weights(wl, n);
+        grid.assign(wl, wl + n);
+    }
+    constexpr double kSi = 0.01;
+    std::array<double, 6> sum{}, previous{};
+    for (int i = 0; i < n; ++i) {
+        const std::array<double, 6>& w = weights[static_cast<std::size_t>(i)];
+        const double half_step = i > 0 ? 0.5 * (static_cast<double>(wl[i]) - wl[i - 1]) : 0.0;
         for (std::size_t a = 0; a < 6; ++a) {
             const double current = v[i] * w[a];
             sum[a] += (previous[a] + current) * half_step;
