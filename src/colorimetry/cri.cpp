@@ -509,29 +509,34 @@ int default_calc_arrays(const Context& ctx, const Curve& given_ref, const Curve&
 
     // X, Y, Z of a source (and of a sample under it) by the trapezoid rule
     // over the test wavelengths, IntegrationDiscrete's arithmetic for each
-    // component, the three in one pass. Beyond the tables the observer sees
-    // nothing, whatever the extrapolated curves say there.
+    // component. Beyond the tables the observer sees nothing, whatever the
+    // extrapolated curves say there.
     for (std::size_t i = 1; i < n; ++i) product[i] = wl[i] - wl[i - 1];  // the steps
-    const auto xyz_of = [&](std::span<const float> light, const float* reflectance) {
-        std::array<double, 3> sum{};
-        std::array<float, 3> previous{};
+    // Reference and test at once: six independent sums per point.
+    const auto xyz_of = [&](std::span<const float> la, std::span<const float> lb,
+                            const float* reflectance, Xyz& xa, Xyz& xb) {
+        std::array<double, 6> sum{};
+        std::array<float, 6> previous{};
         for (std::size_t i = 0; i < n; ++i) {
             const bool inside = wl[i] >= kWorkingStart && wl[i] <= kWorkingEnd;
-            for (std::size_t c = 0; c < 3; ++c) {
-                const float current =
-                    inside ? cmf[c][i] * light[i] * (reflectance ? reflectance[i] : 1.0f) : 0.0f;
+            const float r = reflectance ? reflectance[i] : 1.0f;
+            for (std::size_t c = 0; c < 6; ++c) {
+                const float light = c < 3 ? la[i] : lb[i];
+                const float current = inside ? cmf[c % 3][i] * light * r : 0.0f;
                 if (i > 0)
                     sum[c] += static_cast<double>(previous[c] + current) * 0.5 *
                               static_cast<double>(product[i]);
                 previous[c] = current;
             }
         }
-        return Xyz{static_cast<float>(sum[0]), static_cast<float>(sum[1]), static_cast<float>(sum[2])};
+        for (std::size_t c = 0; c < 3; ++c) {
+            xa[c] = static_cast<float>(sum[c]);
+            xb[c] = static_cast<float>(sum[c + 3]);
+        }
     };
     Scene ref_scene, test_scene;
     const std::span<const float> test_values(test.values, n);
-    ref_scene.source = xyz_of(reference, nullptr);
-    test_scene.source = xyz_of(test_values, nullptr);
+    xyz_of(reference, test_values, nullptr, ref_scene.source, test_scene.source);
     for (std::size_t s = 0; s < kSamples; ++s) {
         const Curve own = s >= 14 ? own_samples[s - 14] : Curve{};
         const bool resampled =
@@ -539,8 +544,7 @@ int default_calc_arrays(const Context& ctx, const Curve& given_ref, const Curve&
                       : onto_test(kWorkingWavelengths.data(), kSamples2nm[s].data(),
                                   kWorkingPoints, sample, true);
         if (!resampled) return kResampleFailed;
-        ref_scene.samples[s] = xyz_of(reference, sample.data());
-        test_scene.samples[s] = xyz_of(test_values, sample.data());
+        xyz_of(reference, test_values, sample.data(), ref_scene.samples[s], test_scene.samples[s]);
     }
     typ_cri_result r{};
     if (default_indices(ref_scene, test_scene, cct, r) != 1) return -5;
