@@ -32,5 +32,7 @@
 #include "qomath/qofile.h"
 #include "qomath/spectral_analysis.h"
 #include "qomath/registry.h"
+#include "qomath/nvis.h"
+#include "qomath/command.h"
 
 #endif /* QOMATH_QOMATH_H */
