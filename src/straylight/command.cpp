@@ -2,6 +2,7 @@
 #include "straylight/command.hpp"
 
 #include <algorithm>
+#include <array>
 #include <cctype>
 #include <cstdarg>
 #include <cstdlib>
@@ -13,6 +14,7 @@
 #include "common/text_io.hpp"
 #include "qomath/command.h"
 #include "qomath/filters.h"
+#include "qomath/nvis.h"
 #include "qomath/spectral_file.h"
 #include "qomath/straylight.h"
 
@@ -297,6 +299,154 @@ void dre(Context& ctx, const char* line)
     ctx.dre.clear();
 }
 
+
+// ---- NVISab -----------------------------------------------------------------------------
+
+// A spectrum of any length, as NVISab and SLC2 use them.
+struct Curve {
+    std::vector<float> wl, v;
+};
+
+int load_curve(const std::string& name, Curve& c)
+{
+    Record rec;
+    rec = std::make_unique<SpectralRecord2>();
+    std::memset(rec.get(), 0, sizeof(SpectralRecord2));
+    SpectralFileExtraInfo extra;
+    const int st = ReadSpectralFile2(name.c_str(), rec.get(), &extra);
+    if (st < 0) return st;
+    const auto n = static_cast<std::size_t>(std::clamp(rec->pointCount, 0.0f, 4096.0f));
+    c.wl.assign(rec->wavelengths, rec->wavelengths + n);
+    c.v.assign(rec->values, rec->values + n);
+    return st;
+}
+
+// Linear between points, 0 outside.
+double value_at(const Curve& c, double w, double shift = 0.0)
+{
+    const std::size_t n = c.wl.size();
+    if (n == 0 || w < c.wl[0] + shift || w > c.wl[n - 1] + shift) return 0.0;
+    std::size_t k = 1;
+    while (k < n - 1 && c.wl[k] + shift < w) ++k;
+    if (n == 1) return c.v[0];
+    const double x0 = c.wl[k - 1] + shift, x1 = c.wl[k] + shift;
+    const double t = x1 > x0 ? (w - x0) / (x1 - x0) : 1.0;
+    return c.v[k - 1] + std::clamp(t, 0.0, 1.0) * (c.v[k] - c.v[k - 1]);
+}
+
+// Trapezoid over the curve's own points inside lo..hi.
+double integral(const Curve& c, double lo, double hi)
+{
+    double sum = 0.0;
+    for (std::size_t i = 1; i < c.wl.size(); ++i)
+        if (c.wl[i - 1] >= lo && c.wl[i] <= hi)
+            sum += 0.5 * (static_cast<double>(c.v[i]) + c.v[i - 1]) * (c.wl[i] - c.wl[i - 1]);
+    return sum;
+}
+
+void scale(Curve& c, double k)
+{
+    for (float& v : c.v) v = static_cast<float>(v * k);
+}
+
+// [radiance, luminance fL, scaled radiance] of a curve against the table.
+std::array<float, 3> nvis_of(const Curve& c, const Curve& table)
+{
+    std::array<float, 3> r{};
+    NVIS_Compute(c.wl.data(), c.v.data(), static_cast<int>(c.wl.size()), table.wl.data(),
+                 table.v.data(), static_cast<int>(table.wl.size()), 0.0f, r.data());
+    return r;
+}
+
+void nvis_ab(Context& ctx, const char* line)
+{
+    const std::string nvis = using_value(ctx, line, "nvis=", "nvisa.csv");
+    const std::vector<double> escale = split_numbers(using_value(ctx, line, "escale=", "525:550"), 2);
+    const double dscale = text::parse_double(using_value(ctx, line, "dscale=", "0.2").c_str());
+    const double nmshift = text::parse_double(using_value(ctx, line, "nmshift=", "-100.0").c_str());
+    const std::vector<double> nmsum = split_numbers(using_value(ctx, line, "nmsum=", "518:675"), 2);
+    const std::string ina = using_value(ctx, line, "ina=", "ina.csv");
+    const std::string inb = using_value(ctx, line, "inb=", "inb.csv");
+    const double lum = text::parse_double(using_value(ctx, line, "lum=", "0").c_str());
+
+    Curve table, a, b;
+    table.wl.resize(QOMATH_SPECTRAL_MAX_POINTS);
+    table.v.resize(QOMATH_SPECTRAL_MAX_POINTS);
+    const int ts = NVIS_GetData(nvis.c_str(), table.wl.data(), table.v.data(), QOMATH_SPECTRAL_MAX_POINTS);
+    if (ts < 0) ctx.printf("nvis [%s] load failed: %d\n", nvis.c_str(), ts);
+    table.wl.resize(static_cast<std::size_t>(std::max(ts, 0)));
+    table.v.resize(table.wl.size());
+    const int as = load_curve(ina, a);
+    if (as < 0) ctx.printf("nvis [%s] load failed: %d\n", ina.c_str(), as);
+    const int bs = load_curve(inb, b);
+    if (bs < 0) ctx.printf("nvis [%s] load failed: %d\n", inb.c_str(), bs);
+    if (ts < 0 || as < 0 || bs < 0) return;
+
+    const Curve a_read = a;
+    if (lum > 0) {
+        for (Curve* c : {&a, &b}) {
+            const float fl = nvis_of(*c, table)[1];
+            if (fl > 0) scale(*c, lum / fl);
+        }
+    }
+    if (escale[1] == 0.0) {
+        scale(a, escale[0]);
+    } else {
+        const double ia = integral(a, escale[0], escale[1]);
+        if (ia != 0.0) scale(a, integral(b, escale[0], escale[1]) / ia);
+    }
+    auto squared_difference = [&](double shift) {
+        double sum = 0.0;
+        for (std::size_t i = 0; i < b.wl.size(); ++i)
+            if (b.wl[i] >= nmsum[0] && b.wl[i] <= nmsum[1]) {
+                const double d = value_at(a, b.wl[i], shift) - b.v[i];
+                sum += d * d;
+            }
+        return sum;
+    };
+    double shift = nmshift;
+    if (nmshift <= -100.0) {
+        // The search: -10..10 nm in dscale steps, the least squared difference wins.
+        const double step = dscale > 0.001 ? dscale : 0.2;
+        const int steps = static_cast<int>(20.0 / step + 1e-6);
+        double best = squared_difference(-10.0);
+        shift = -10.0;
+        for (int k = 1; k <= steps; ++k) {
+            const double s = -10.0 + k * step, d = squared_difference(s);
+            if (d < best) best = d, shift = s;
+        }
+    }
+    for (float& w : a.wl) w = static_cast<float>(w + shift);
+    const float nvis_a = nvis_of(a, table)[0], nvis_b = nvis_of(b, table)[0];
+    ctx.printf("shift=%fnm\n", shift);
+    ctx.printf("NVISa radiance=%+e\n", static_cast<double>(nvis_a));
+    ctx.printf("r%+e:%+e g%+e:%+e b%+e:%+e t%+e:%+e NVIS%+e\n", integral(a, 600, 700),
+               integral(b, 600, 700), integral(a, 500, 600), integral(b, 500, 600),
+               integral(a, 400, 500), integral(b, 400, 500), integral(a, nmsum[0], nmsum[1]),
+               integral(b, nmsum[0], nmsum[1]), static_cast<double>(nvis_b));
+    // Running integrals of a - b over nmsum on b's points: a as read, and a
+    // as scaled and shifted.
+    std::string csv = "nm,DeltaSUM,DeltaSUMScaled\n";
+    double before = 0, after = 0, pw = 0, pd0 = 0, pd1 = 0;
+    bool first = true;
+    char row[128];
+    for (std::size_t i = 0; i < b.wl.size(); ++i) {
+        const double w = b.wl[i];
+        if (w < nmsum[0] || w > nmsum[1]) continue;
+        const double d0 = value_at(a_read, w) - b.v[i], d1 = value_at(a, w) - b.v[i];
+        if (!first) {
+            before += 0.5 * (d0 + pd0) * (w - pw);
+            after += 0.5 * (d1 + pd1) * (w - pw);
+        }
+        first = false;
+        pw = w, pd0 = d0, pd1 = d1;
+        std::snprintf(row, sizeof row, "%f,%e,%e\n", w, before, after);
+        csv += row;
+    }
+    if (!sl::write_file("nvisab.csv", csv)) ctx.printf("could not write output file [%s]\n", "nvisab.csv");
+    ctx.print("out=nvisab.csv\n");
+}
+
 void not_available(Context&, const char*) {}
 
 struct Entry {
@@ -401,7 +551,7 @@ void run(Context& ctx, const char* line, char* result, int capacity)
         {"SLRcorrect", sl_rcorrect},
         {"SLFilter", sl_filter},
         {"DRE", dre},
-        {"NVISab", not_available},
+        {"NVISab", nvis_ab},
         {"NVISab?", [](Context& c, const char*) { print_lines(c, kNVISabHelp); }},
         {"SDFMat", sdf_mat},
         {"SDFMat?", [](Context& c, const char*) { print_lines(c, kSDFMatHelp); }},

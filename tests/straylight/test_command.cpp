@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <cmath>
+#include <cstdio>
 #include <cstring>
 #include <string>
 #include <vector>
@@ -186,6 +188,8 @@ TEST(Command, FailureTexts)
         {"SLRcorrect infile=" + short_in + " rcalfile=" + v1,
          "calfile [" + v1 + "] load failed: -5\ninfile [" + short_in + "] load failed: -14\n"},
         {"SLFilter infile=" + none, "infile [" + none + "] load failed: -2\n"},
+        {"NVISab nvis=" + none + " ina=" + short_in + " inb=" + v1,
+         "nvis [" + none + "] load failed: -2\nnvis [" + v1 + "] load failed: -5\n"},
         {"SLFilter infile=" + in + " outfile=" + scratch::path("nodir/x.csv"),
          "outfile [" + scratch::path("nodir/x.csv") + "] save failed: -1\n"},
     };
@@ -198,6 +202,26 @@ TEST(Command, FailureTexts)
               "Using:1[SLFilter]\nUsing:infile=[" + in +
                   "]\nUsing:outfile=[slout.csv]\nUsing:ctl=[1]\nUsing:fp=[1:0.25]\n");
     std::remove("slout.csv");
+}
+
+TEST(Command, NVISabFindsTheShiftAndScale)
+{
+    // a is b moved 2 nm up and doubled: the search over -10..10 nm brings it back.
+    auto gauss = [](float centre, float k) {
+        std::vector<float> y(1024);
+        for (std::size_t i = 0; i < y.size(); ++i) {
+            const float w = 400.0f + 0.3f * i + 1e-4f * i * i, x = (w - centre) / 15.0f;
+            y[i] = k * std::exp(-x * x);
+        }
+        return y;
+    };
+    const std::string a = write_spectrum("a.csv", gauss(552, 2)), b = write_spectrum("b.csv", gauss(550, 1));
+    const std::string table = scratch::put("n.csv", "450,1\n930,1\n");
+    const std::string text = cmd("NVISab nvis=" + table + " ina=" + a + " inb=" + b + " escale=450:650");
+    EXPECT_NE(text.find("Using:lum=[0]\nshift=-2.000000nm\nNVISa radiance="), std::string::npos) << text;
+    EXPECT_NE(text.find("\nout=nvisab.csv\n"), std::string::npos);
+    EXPECT_EQ(scratch::get("nvisab.csv").substr(0, 26), "nm,DeltaSUM,DeltaSUMScaled");
+    std::remove("nvisab.csv");
 }
 
 TEST(Nvis, BoxResponseByHand)
