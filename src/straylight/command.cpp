@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <array>
 #include <cctype>
+#include <cmath>
+#include <chrono>
 #include <cstdarg>
 #include <cstdlib>
 #include <cstring>
@@ -447,7 +449,246 @@ void nvis_ab(Context& ctx, const char* line)
     ctx.print("out=nvisab.csv\n");
 }
 
-void not_available(Context&, const char*) {}
+// ---- Folder commands ---------------------------------------------------------------------
+
+// The regular ".csv" files (any case) of a folder, sorted by name bytes;
+// false when the folder cannot be listed.
+bool list_csv(const fs::path& folder, std::vector<fs::path>& files)
+{
+    files.clear();
+    std::error_code ec;
+    fs::directory_iterator it(folder, ec);
+    if (ec) return false;
+    for (fs::directory_iterator end; it != end; it.increment(ec)) {
+        if (ec) return false;
+        if (it->is_regular_file(ec) && equal_nocase(it->path().extension().string(), ".csv"))
+            files.push_back(it->path());
+    }
+    std::sort(files.begin(), files.end(),
+              [](const fs::path& a, const fs::path& b) { return a.filename().string() < b.filename().string(); });
+    return true;
+}
+
+// Sum, minimum, peak and NVIS radiance (0 without a table) of 1024 values.
+std::array<double, 4> stats(const float* wl, const float* y, const Curve& table)
+{
+    double sum = 0, lo = y[0], hi = y[0];
+    for (std::size_t i = 0; i < sl::kPixels; ++i) {
+        sum += y[i];
+        lo = std::min<double>(lo, y[i]);
+        hi = std::max<double>(hi, y[i]);
+    }
+    float r[3] = {};
+    if (!table.wl.empty())
+        NVIS_Compute(wl, y, static_cast<int>(sl::kPixels), table.wl.data(), table.v.data(),
+                     static_cast<int>(table.wl.size()), 0.0f, r);
+    return {sum, lo, hi, r[0]};
+}
+
+bool load_table(Context& ctx, const std::string& name, Curve& table)
+{
+    table.wl.assign(QOMATH_SPECTRAL_MAX_POINTS, 0.0f);
+    table.v.assign(QOMATH_SPECTRAL_MAX_POINTS, 0.0f);
+    const int n = NVIS_GetData(name.c_str(), table.wl.data(), table.v.data(), QOMATH_SPECTRAL_MAX_POINTS);
+    if (n < 0) ctx.printf("nvis [%s] load failed: %d\n", name.c_str(), n);
+    table.wl.resize(static_cast<std::size_t>(std::max(n, 0)));
+    table.v.resize(table.wl.size());
+    return n >= 0;
+}
+
+void slc2(Context& ctx, const char* line)
+{
+    const std::string in = using_value(ctx, line, "in=", "");
+    const std::string nvis = using_value(ctx, line, "nvis=", "");
+    std::vector<fs::path> files;
+    if (!list_csv(in, files) || files.empty()) {
+        ctx.printf("Input folder/files not found: [%s]\n", in.c_str());
+        return;
+    }
+    ctx.printf("input files read=%d\n", static_cast<int>(files.size()));
+    Curve table;
+    if (!nvis.empty()) load_table(ctx, nvis, table);
+    if (!ctx.sl->loaded) {
+        if (sl::load_correction(*ctx.sl, "slmatrix.bin") < 0) {
+            ctx.printf("matrixfile [%s] load failed: %d\n", "slmatrix.bin", -2);
+            return;
+        }
+    }
+    std::error_code ec;
+    fs::create_directories("slc2", ec);
+    int written = 0;
+    for (std::size_t i = 0; i < files.size(); ++i) {
+        const auto t0 = std::chrono::steady_clock::now();
+        const std::string name = files[i].string();
+        Record rec;
+        const int st = load_pixels(name, rec);
+        if (st < 0) {
+            ctx.printf("infile [%s] load failed: %d\n", name.c_str(), st);
+            continue;
+        }
+        const std::vector<float> fin(rec->values, rec->values + sl::kPixels);
+        // The plain matrix correction, no blue blend (end < start).
+        sl::correct(*ctx.sl, rec->wavelengths, rec->values, sl::kPixels, 1.0f, 0.0f);
+        std::vector<float> frs(sl::kPixels);
+        for (std::size_t p = 0; p < sl::kPixels; ++p) frs[p] = fin[p] - rec->values[p];
+        const auto a = stats(rec->wavelengths, fin.data(), table);
+        const auto r = stats(rec->wavelengths, frs.data(), table);
+        const auto o = stats(rec->wavelengths, rec->values, table);
+        ctx.printf("File [%s]\n    fin %e %+e %e %+e\n", name.c_str(), a[0], a[1], a[2], a[3]);
+        ctx.printf("i=%d frs %e %+e %e %+e\n", static_cast<int>(i), r[0], r[1], r[2], r[3]);
+        ctx.printf("    out %e %+e %e %+e\n", o[0], o[1], o[2], o[3]);
+        const std::string out = (fs::path("slc2") / files[i].filename()).string();
+        if (WriteSpectralFile2(out.c_str(), rec.get()) < 0) ctx.printf("could not write output file [%s]\n", out.c_str());
+        else ++written;
+        const std::chrono::duration<double> dt = std::chrono::steady_clock::now() - t0;
+        ctx.printf("   ms=%d f=%f\n", static_cast<int>(dt.count() * 1000.0), dt.count());
+    }
+    ctx.printf("output files written=%d\n", written);
+}
+
+// ---- SLinterpolate ---------------------------------------------------------------------
+
+struct LineScan {
+    std::string name;
+    Record rec;
+    double nominal = 0, centroid = 0, peak = 0, line = 0;
+    int width = 0;
+    bool valid = false;
+};
+
+// The scan shifted along wavelength by `shift`, at pixel wavelength w.
+double shifted_at(const SpectralRecord2& r, std::size_t n, double w, double shift)
+{
+    const float* x = r.wavelengths;
+    const double u = w - shift;
+    if (n == 0 || u < x[0] || u > x[n - 1]) return 0.0;
+    const std::size_t k = std::max<std::size_t>(
+        1, static_cast<std::size_t>(std::lower_bound(x, x + n, static_cast<float>(u)) - x));
+    if (k >= n) return r.values[n - 1];
+    const double t = x[k] > x[k - 1] ? (u - x[k - 1]) / (x[k] - x[k - 1]) : 1.0;
+    return r.values[k - 1] + std::clamp(t, 0.0, 1.0) * (r.values[k] - r.values[k - 1]);
+}
+
+void sl_interpolate(Context& ctx, const char* line)
+{
+    auto number = [&](const char* key, const char* def) {
+        return text::parse_double(using_value(ctx, line, key, def, 256).c_str());
+    };
+    const double interval = number("outnminterval=", ".2");
+    const double vthreshold = number("vthreshold=", ".25");
+    const double vmaxnmdelta = number("vmaxnmdelta=", "2.5");
+    const double zfract = number("zfract=", "-100");
+    const double vminwidth = number("vminwidth=", "2");
+    const double vmaxwidth = number("vmaxwidth=", "12");
+    const int mwaf = static_cast<int>(number("mwaf=", "0"));
+    const double vscaleout = number("vscaleout=", "-32000");
+    const bool usecentroid = number("usecentroid=", "0") != 0.0;
+
+    std::vector<fs::path> files;
+    if (!list_csv("slscans", files) || files.empty()) {
+        ctx.printf("Input folder/files not found: [%s]\n", "slscans");
+        return;
+    }
+    std::vector<LineScan> scans;
+    std::size_t n = 0;
+    for (const fs::path& f : files) {
+        LineScan s;
+        s.name = f.string();
+        Record rec = std::make_unique<SpectralRecord2>();
+        std::memset(rec.get(), 0, sizeof(SpectralRecord2));
+        SpectralFileExtraInfo extra;
+        const int st = ReadSpectralFile2(s.name.c_str(), rec.get(), &extra);
+        if (st < 0) {
+            ctx.printf("infile [%s] load failed: %d\n", s.name.c_str(), st);
+            continue;
+        }
+        const auto count = static_cast<std::size_t>(std::clamp(rec->pointCount, 0.0f, 4096.0f));
+        if (!scans.empty() && (count != n || !std::equal(rec->wavelengths, rec->wavelengths + n,
+                                                         scans.front().rec->wavelengths))) {
+            ctx.printf("Input file does not match previous file calibration: [%s]\n", s.name.c_str());
+            continue;
+        }
+        n = count;
+        s.rec = std::move(rec);
+        s.nominal = text::parse_double(f.filename().string().c_str());
+        scans.push_back(std::move(s));
+    }
+    ctx.printf("input files read=%d\n", static_cast<int>(scans.size()));
+    if (n < 2) return;
+
+    ctx.print("nmNominal,nmCentroid,nmDelta,vPeak,ThresholdElementWidth\n");
+    std::vector<const LineScan*> valid;
+    for (LineScan& s : scans) {
+        float* y = s.rec->values;
+        const float* w = s.rec->wavelengths;
+        if (mwaf > 1) BoxcarAveraging(y, static_cast<int>(n), mwaf);
+        const std::size_t p = static_cast<std::size_t>(std::max_element(y, y + n) - y);
+        s.peak = y[p];
+        if (zfract >= 0)
+            for (std::size_t i = 0; i < n; ++i)
+                if (y[i] < zfract * s.peak) y[i] = 0.0f;
+        const double level = vthreshold * s.peak;
+        std::size_t lo = p, hi = p;
+        while (lo > 0 && y[lo - 1] >= level) --lo;
+        while (hi + 1 < n && y[hi + 1] >= level) ++hi;
+        double sw = 0, sv = 0;
+        for (std::size_t i = lo; i <= hi; ++i) sw += static_cast<double>(w[i]) * y[i], sv += y[i];
+        s.centroid = sv != 0 ? sw / sv : w[p];
+        s.width = static_cast<int>(hi - lo + 1);
+        s.valid = s.peak > 0 && std::abs(s.centroid - s.nominal) <= vmaxnmdelta && s.width >= vminwidth &&
+                  s.width <= vmaxwidth;
+        s.line = usecentroid ? s.centroid : s.nominal;
+        ctx.printf("%f,%f,%f,%f,%d\n", s.nominal, s.centroid, s.centroid - s.nominal, s.peak, s.width);
+        if (s.valid) valid.push_back(&s);
+    }
+    std::sort(valid.begin(), valid.end(), [](const LineScan* a, const LineScan* b) { return a->line < b->line; });
+    if (valid.size() < 2) {
+        ctx.printf("outside interpolation range:[%s]\n", "slscans");
+        ctx.printf("output files written=%d highest maximum=%f\n", 0, 0.0);
+        return;
+    }
+    // An output at L blends the two valid scans around it, each moved onto L.
+    const Record out_rec = std::make_unique<SpectralRecord2>(*valid.front()->rec);
+    SpectralRecord2& out = *out_rec;
+    int written = 0;
+    double highest = 0;
+    auto emit = [&](double L, const std::string& name) {
+        std::size_t k = 1;
+        while (k + 1 < valid.size() && valid[k]->line < L) ++k;
+        const LineScan& a = *valid[k - 1];
+        const LineScan& b = *valid[k];
+        const double t = std::clamp((L - a.line) / (b.line - a.line), 0.0, 1.0);
+        double peak = 0;
+        for (std::size_t i = 0; i < n; ++i) {
+            const double w = out.wavelengths[i];
+            out.values[i] = static_cast<float>((1 - t) * shifted_at(*a.rec, n, w, L - a.line) +
+                                               t * shifted_at(*b.rec, n, w, L - b.line));
+            peak = std::max<double>(peak, out.values[i]);
+        }
+        if (vscaleout > 0 && peak > 0)
+            for (std::size_t i = 0; i < n; ++i) out.values[i] = static_cast<float>(out.values[i] * vscaleout / peak);
+        highest = std::max(highest, vscaleout > 0 && peak > 0 ? vscaleout : peak);
+        if (WriteSpectralFile2(name.c_str(), &out) < 0) ctx.printf("could not write output file [%s]\n", name.c_str());
+        else ++written;
+    };
+    std::error_code ec;
+    fs::create_directories("slinterpolate", ec);
+    fs::create_directories("slinterpolate1024", ec);
+    const double first = valid.front()->line, last = valid.back()->line;
+    const double step = interval > 1e-3 ? interval : 0.2;
+    char name[64];
+    for (long k = 0; first + k * step <= last + 1e-9; ++k) {
+        std::snprintf(name, sizeof name, "%0.1f.csv", first + k * step);
+        emit(first + k * step, (fs::path("slinterpolate") / name).string());
+    }
+    for (std::size_t i = 0; i < n; ++i) {
+        const double w = out.wavelengths[i];
+        if (w < first || w > last) continue;
+        std::snprintf(name, sizeof name, "%04d.csv", static_cast<int>(i));
+        emit(w, (fs::path("slinterpolate1024") / name).string());
+    }
+    ctx.printf("output files written=%d highest maximum=%f\n", written, highest);
+}
 
 struct Entry {
     std::string_view name;
@@ -545,8 +786,8 @@ void run(Context& ctx, const char* line, char* result, int capacity)
     static constexpr Entry kTable[] = {
         {"cmd?", [](Context& c, const char*) { print_lines(c, kCmdHelp); }},
         {"SLinterpolate?", [](Context& c, const char*) { print_lines(c, kSLinterpolateHelp); }},
-        {"SLinterpolate", not_available},
-        {"SLC2", not_available},
+        {"SLinterpolate", sl_interpolate},
+        {"SLC2", slc2},
         {"SLMcorrect", sl_mcorrect},
         {"SLRcorrect", sl_rcorrect},
         {"SLFilter", sl_filter},
