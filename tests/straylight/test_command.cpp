@@ -3,6 +3,7 @@
 #include <cmath>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -225,6 +226,34 @@ TEST(Command, NVISabFindsTheShiftAndScale)
     EXPECT_NE(text.find("\nout=nvisab.csv\n"), std::string::npos);
     EXPECT_EQ(scratch::get("nvisab.csv").substr(0, 26), "nm,DeltaSUM,DeltaSUMScaled");
     std::remove("nvisab.csv");
+}
+
+TEST(Command, DreWarnsListsAndMerges)
+{
+    // Line 500 nm: a 10 ms scan saturated everywhere and a 30 s scan of 15000
+    // counts; the folder's name in another case.
+    const std::string log = scratch::path("dre/DreLog");
+    std::filesystem::create_directories(log);
+    auto scan = [&](int n, const char* it, const char* no, float counts) {
+        SpectralRecord2 rec{};
+        rec.pointCount = 1024;
+        for (int i = 0; i < 1024; ++i) rec.wavelengths[i] = 400.0f + i, rec.values[i] = counts;
+        rec.firstWavelength = 400.0f, rec.lastWavelength = 1423.0f, rec.infoCount = 3;
+        std::strcpy(rec.info[0], "500 [Line Wavelength nm]");
+        std::snprintf(rec.info[1], 50, "%s [Integration Time ms]", it);
+        std::snprintf(rec.info[2], 50, "%s [Scan Number]", no);
+        const std::string p = log + "/DRE" + std::to_string(n) + ".csv";
+        EXPECT_EQ(WriteSpectralFile2(p.c_str(), &rec), 1);
+        return p;
+    };
+    const std::string first = scan(0, "10", "0", 65535.0f);
+    scan(1, "30000", "3.7", 15000.0f);
+    EXPECT_EQ(cmd("DRE path=" + scratch::path("dre")),
+              "Using:1[DRE]\nUsing:path=[" + scratch::path("dre") + "]\nWARNING: [" + first +
+                  "] least max=65535.000000 ITms=10.000000\ni,wlnm,scan,itms,wavg,wravg\n"
+                  "0001,500.0,03, 30000.0,+5.000000e+02,+5.000000e+02,500.000000,1.000000\n");
+    EXPECT_EQ(scratch::get(log + "/redre.txt").substr(0, 38), "nm,500.0\n400.000000,5.000000e+02\n401.0");
+    EXPECT_EQ(DREcontrol(log.c_str(), 65535.0f), 1);
 }
 
 TEST(Nvis, BoxResponseByHand)
