@@ -176,7 +176,8 @@ TEST(Command, FailureTexts)
     const std::string in = write_spectrum("f.csv", {1.0f}), short_in = write_spectrum("s.csv", {1.0f}, 1023);
     const std::string big = scratch::put("big.bin", std::string(sl::kMatrixBytes + 1, '\0'));
     const std::string small = scratch::put("small.bin", std::string(sl::kMatrixBytes - 1, '\0'));
-    const std::string none = scratch::path("none.csv");
+    const std::string none = scratch::path("none.csv"), empty = scratch::put("empty.csv", "");
+    const std::string bare = scratch::put("bare.csv", "2.0\nh\nu\n");
     const std::string v1 = scratch::put("v1.csv", "1.0 [Quarvel Optronic Spectral File]\nh\nu\n0\n1\n1\n3\n1\n1\n1\n");
     struct Case {
         std::string line, tail;
@@ -189,6 +190,8 @@ TEST(Command, FailureTexts)
         {"SLRcorrect infile=" + short_in + " rcalfile=" + v1,
          "calfile [" + v1 + "] load failed: -5\ninfile [" + short_in + "] load failed: -14\n"},
         {"SLFilter infile=" + none, "infile [" + none + "] load failed: -2\n"},
+        {"SLFilter infile=" + empty, "infile [" + empty + "] load failed: -3\n"},
+        {"SLFilter infile=" + bare, "infile [" + bare + "] load failed: -4\n"},
         {"SLC2 in=" + none, "Input folder/files not found: [" + none + "]\n"},
         {"slinterpolate", "Using:usecentroid=[0]\nInput folder/files not found: [slscans]\n"},
         {"DRE path=" + none, "Using:path=[" + none + "]\ni,wlnm,scan,itms,wavg,wravg\n"},
