@@ -30,6 +30,32 @@
  *     files of version 2.0 with "[Line Wavelength nm]", "[Integration Time
  *     ms]" and "[Scan Number]" lines, merges them with DREcontrol (saturation
  *     65535) and lists the 30000 ms scans.
+ *   SLinterpolate: the scans of "slscans" (regular ".csv" files, any case,
+ *     in name order; one wavelength calibration); a scan's nominal line is
+ *     the number its file name starts with. mwaf > 1 boxcar-averages first;
+ *     zfract >= 0 zeroes values under zfract x peak. The threshold width is
+ *     the run of pixels around the peak at or above vthreshold x peak, the
+ *     centroid is taken over them; a scan is valid with its centroid within
+ *     vmaxnmdelta nm of its line and a width in vminwidth..vmaxwidth. Lines
+ *     sit at the nominal values, at the centroids when usecentroid != 0. An
+ *     output at L blends the two valid scans around L, each shifted along
+ *     wavelength onto L (0 beyond its ends), by their distance to L; one
+ *     every outnminterval nm from the first valid line to the last
+ *     ("slinterpolate/%0.1f.csv") and one per pixel inside them
+ *     ("slinterpolate1024/%04d.csv"); vscaleout > 0 sets each output's peak.
+ *   NVISab: the table nvis= (NVIS_GetData), a = ina=, b = inb=. lum > 0
+ *     scales both to that luminance (fL); escale=s:e scales a by the ratio
+ *     of the integrals of b and a over s..e, or by s when e = 0; nmshift >
+ *     -100 shifts a's wavelengths, otherwise the shift in -10..10 nm (dscale
+ *     steps) with the least squared difference of a and b on b's points in
+ *     nmsum wins. r, g, b, t: integrals of a and b over 600-700, 500-600,
+ *     400-500 nm and nmsum; NVIS: b's NVIS radiance. "nvisab.csv": on b's
+ *     points in nmsum, the running integral of a - b with a as read
+ *     (DeltaSUM) and as scaled and shifted (DeltaSUMScaled).
+ *   SLC2: corrects every file of in= with the loaded matrix ("slmatrix.bin"
+ *     when none is), no blue blend, into "slc2/<name>"; fin, frs (the part
+ *     removed) and out give sum, minimum, peak and NVIS radiance (0 without
+ *     nvis=); each file timed with a steady clock.
  * The process-wide matrix slot of the stray-light family stays loaded from
  * one SLMcorrect to the next; no locking, the host serialises these calls.
  */
