@@ -55,6 +55,7 @@ int run_f1prime(std::span<char* const> args, std::FILE* out, std::FILE* err);
 int run_lines(std::span<char* const> args, std::FILE* out, std::FILE* err);
 int run_smooth(std::span<char* const> args, std::FILE* out, std::FILE* err);
 int run_straylight(std::span<char* const> args, std::FILE* out, std::FILE* err);
+int run_cmd(std::span<char* const> args, std::FILE* out, std::FILE* err);
 
 // Prints the version block of the library.
 void print_version_block(std::FILE* out);

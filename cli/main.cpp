@@ -171,6 +171,17 @@ constexpr Command kCommands[] = {
      "4,194,304 bytes of finite floats is refused.\n"
      "Exit status: 0 all corrected, 1 the matrix or a file failed, 2 usage error.\n",
      run_straylight},
+    {"cmd", "run a line of the library's command entry point (QoMathCmd)",
+     "usage: qomath cmd [--capacity N] \"LINE\"\n"
+     "       qomath cmd [--capacity N] --script FILE\n\n"
+     "Runs LINE as QoMathCmd does and prints the text it gives, then a newline;\n"
+     "\"cmd?\" lists the commands. --script runs each line of FILE in turn (blank\n"
+     "lines and lines starting with # are skipped) in one context, so a matrix\n"
+     "loaded by SLMcorrect stays loaded. --capacity sets the size of the text\n"
+     "buffer in bytes (default 1048576); longer texts lose whole messages. The\n"
+     "matrix generator of SDFMat reports on standard error.\n"
+     "Exit status: 0 done, 1 a text reports a failure, 2 usage error.\n",
+     run_cmd},
 };
 
 void print_usage(std::FILE* out)

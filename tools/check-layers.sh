@@ -32,7 +32,8 @@ declare -A header=(
   [colour_quality.h]=colorimetry
   [units.h]=files [spectral_file.h]=files [qofile.h]=files
   [spectral_analysis.h]=files [registry.h]=files [marshal.h]=files
-  [straylight.h]=straylight [lines.h]=straylight
+  [straylight.h]=straylight [lines.h]=straylight [command.h]=straylight
+  [nvis.h]=colorimetry
   [detector.h]=detector [donaldson.h]=detector
   [retro.h]=retro
   [qomath.h]=cli

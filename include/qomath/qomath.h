@@ -36,5 +36,7 @@
 #include "qomath/marshal.h"
 #include "qomath/retro.h"
 #include "qomath/donaldson.h"
+#include "qomath/nvis.h"
+#include "qomath/command.h"
 
 #endif /* QOMATH_QOMATH_H */
