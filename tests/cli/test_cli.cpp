@@ -29,11 +29,17 @@ TEST(Cli, VersionHelpAndUsageErrors)
     EXPECT_EQ(qomath("--version").out, r.out);
     EXPECT_EQ(qomath("version extra").status, 2);
 
-    for (const char* cmd : {"version --help", "tables --help", "help tables"}) {
-        const Outcome h = qomath(cmd);
-        EXPECT_EQ(h.status, 0) << cmd;
-        EXPECT_EQ(h.out.rfind("usage: qomath ", 0), 0u) << cmd;
+    for (const char* cmd : {"version", "tables", "analyze", "convert", "plot", "smooth", "f1prime",
+                            "lines", "straylight", "cmd"}) {
+        for (const std::string& h : {std::string(cmd) + " --help", "help " + std::string(cmd)}) {
+            const Outcome o = qomath(h);
+            EXPECT_EQ(o.status, 0) << h;
+            EXPECT_EQ(o.out.rfind("usage: qomath ", 0), 0u) << h;
+        }
     }
+    for (const char* bad : {"analyze", "analyze --observer 3 x", "analyze --white X x",
+                            "analyze --illuminant E x", "analyze --frobnicate x", "analyze --observer"})
+        EXPECT_EQ(qomath(bad).status, 2) << bad;
     const Outcome help = qomath("--help");
     EXPECT_EQ(help.status, 0);
     EXPECT_NE(help.out.find("tables"), std::string::npos);

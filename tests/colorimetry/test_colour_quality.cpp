@@ -1,21 +1,16 @@
 // Colour rendition against published and independently computed figures,
 // and the photobiological weightings against closed forms worked by hand.
-#include <gtest/gtest.h>
+#include "colorimetry/colour_tests.hpp"
 
-#include <cmath>
 #include <fstream>
 #include <map>
 #include <sstream>
-#include <string>
-#include <vector>
 
 #include "colorimetry/cri.hpp"
 #include "qomath/colour_quality.h"
 #include "qomath/cri.h"
 
 namespace {
-
-using Vec = std::vector<float>;
 
 // The columns of a CSV in data/ by header name (first column: nm).
 std::map<std::string, Vec> columns(const std::string& file)
@@ -73,15 +68,15 @@ TEST(ColourQuality, CieLedSeriesAgainstIndependentFigures)
 TEST(ColourQuality, ReferencesRenderPerfectlyAndCieRaOfTheFluorescentLamps)
 {
     // A source that is its own reference: Rf = Rg = 100, every bin without shift.
-    Vec wl, planck, d65;
+    Vec wl, planck;
     for (int i = 0; i <= 400; ++i) {
         const double nm = 380 + i, m = nm * 1e-9;
         wl.push_back(static_cast<float>(nm));
         planck.push_back(static_cast<float>(1e-27 / (std::pow(m, 5) * (std::exp(1.4388e-2 / (m * 3000)) - 1))));
     }
-    auto d = columns("illuminant_D65_1nm.csv");
-    for (const Vec* s : {&planck, &d65}) {
-        const std::vector<float> r = s == &planck ? analyse(wl, planck) : analyse(d["nm"], d["D65"]);
+    const Spectrum d65 = cie(9);
+    for (const bool is_d65 : {false, true}) {
+        const std::vector<float> r = is_d65 ? analyse(d65.wl, d65.v) : analyse(wl, planck);
         EXPECT_NEAR(r[QOMATH_CRA_RF], 100.0, 0.01);
         EXPECT_NEAR(r[QOMATH_CRA_RG], 100.0, 0.01);
         EXPECT_NEAR(r[QOMATH_CRA_RCS_H1 + 5], 0.0, 1e-4);
