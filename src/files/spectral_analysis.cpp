@@ -105,86 +105,87 @@ float photons(const float* wl, const float* v, int n, int unit)
 }
 
 // The head and tail words of an emitting unit; photometric values through fill.
-template <class Record, class Photometric>
-int emitting(const float* wl, const float* v, int n, int unit, Record* out,
-             const typ_SpectralAnalysisOptions* opt, Photometric fill)
+// The frame every analysis shares: the record cleared, the input checked,
+// the work run behind the barrier; after a failure other than -13 only the
+// status word is left.
+template <class Record, class Status, class Work>
+int framed(Record* out, const float* wl, const float* v, int n,
+           const typ_SpectralAnalysisOptions* opt, Status status, Work work)
 {
     if (!out) return kBadArgument;
     std::memset(out, 0, sizeof *out);
     const Options o = options_of(opt);
     int st = check(wl, v, n, o);
-    if (st == kOk) {
-        st = guarded(kNoMemory, [&] {
-            typ_SpectralAnalysisHead& h = out->head;
-            h.points = n;
-            h.colorimetricStatus =
-                ColorimetricCalc(wl, v, n, unit, o.white, o.illuminant, h.colorimetric);
-            h.radiometricStatus = RadiometryCalc(wl, v, n, o.band_start, o.band_end, h.radiometric);
-            if (h.colorimetricStatus == -4 || h.radiometricStatus == -4) return kNoMemory;
-            fill(*out);
-            typ_SpectralAnalysisTail& t = out->tail;
-            const double si = si_factor(unit);
-            const double total = IntegrationDiscrete(wl, v, n);
-            t.totalSI = static_cast<float>(total * si);
-            t.visibleSI = static_cast<float>(band(wl, v, n, kVisibleLow, kVisibleHigh) * si);
-            t.uvA = static_cast<float>(band(wl, v, n, 315.0f, 400.0f) * si);
-            t.uvB = static_cast<float>(band(wl, v, n, 280.0f, 315.0f) * si);
-            t.uvC = static_cast<float>(band(wl, v, n, 100.0f, 280.0f) * si);
-            t.photons = photons(wl, v, n, unit);
-            // Y is the y-bar weighted integral of the values.
-            const double y = h.colorimetric[QOMATH_CC_Y];
-            t.efficacy = total > 0.0 ? static_cast<float>(kLumensPerWatt * y / total) : 0.0f;
-            const bool short_of_range =
-                h.colorimetricStatus == -3 || !covers(wl, n, kVisibleLow, kVisibleHigh);
-            return short_of_range ? kShort : kOk;
-        });
-    }
+    if (st == kOk) st = guarded(kNoMemory, [&] { return work(o); });
     if (st != kOk && st != kShort) std::memset(out, 0, sizeof *out);
-    out->head.status = st;
+    status(*out) = st;
     return st;
+}
+
+template <class Record, class Photometric>
+int emitting(const float* wl, const float* v, int n, int unit, Record* out,
+             const typ_SpectralAnalysisOptions* opt, Photometric fill)
+{
+    const auto status = [](Record& r) -> int& { return r.head.status; };
+    return framed(out, wl, v, n, opt, status, [&](const Options& o) {
+        typ_SpectralAnalysisHead& h = out->head;
+        h.points = n;
+        h.colorimetricStatus =
+            ColorimetricCalc(wl, v, n, unit, o.white, o.illuminant, h.colorimetric);
+        h.radiometricStatus = RadiometryCalc(wl, v, n, o.band_start, o.band_end, h.radiometric);
+        if (h.colorimetricStatus == -4 || h.radiometricStatus == -4) return kNoMemory;
+        fill(*out);
+        typ_SpectralAnalysisTail& t = out->tail;
+        const double si = si_factor(unit);
+        const double total = IntegrationDiscrete(wl, v, n);
+        t.totalSI = static_cast<float>(total * si);
+        t.visibleSI = static_cast<float>(band(wl, v, n, kVisibleLow, kVisibleHigh) * si);
+        t.uvA = static_cast<float>(band(wl, v, n, 315.0f, 400.0f) * si);
+        t.uvB = static_cast<float>(band(wl, v, n, 280.0f, 315.0f) * si);
+        t.uvC = static_cast<float>(band(wl, v, n, 100.0f, 280.0f) * si);
+        t.photons = photons(wl, v, n, unit);
+        // Y is the y-bar weighted integral of the values.
+        const double y = h.colorimetric[QOMATH_CC_Y];
+        t.efficacy = total > 0.0 ? static_cast<float>(kLumensPerWatt * y / total) : 0.0f;
+        const bool short_of_range =
+            h.colorimetricStatus == -3 || !covers(wl, n, kVisibleLow, kVisibleHigh);
+        return short_of_range ? kShort : kOk;
+    });
 }
 
 int counts(const float* wl, const float* v, int n, typ_SpectralAnalysisCounts* out,
            const typ_SpectralAnalysisOptions* opt)
 {
-    if (!out) return kBadArgument;
-    std::memset(out, 0, sizeof *out);
-    const Options o = options_of(opt);
-    int st = check(wl, v, n, o);
-    if (st == kOk) {
-        st = guarded(kNoMemory, [&] {
-            float rc[QOMATH_RC_COUNT];
-            const int rs = RadiometryCalc(wl, v, n, o.band_start, o.band_end, rc);
-            if (rs == -4) return kNoMemory;
-            out->points = n;
-            out->firstWavelength = wl[0];
-            out->lastWavelength = wl[n - 1];
-            out->peakWavelength = rc[QOMATH_RC_PEAK_WL];
-            out->peakValue = rc[QOMATH_RC_PEAK_VALUE];
-            out->centroid = rc[QOMATH_RC_CENTROID];
-            out->fwhm = rc[QOMATH_RC_FWHM];
-            out->integral = rc[QOMATH_RC_TOTAL];
-            double sum = 0.0;
-            float lo = v[0];
-            int saturated = 0;
-            for (int i = 0; i < n; ++i) {
-                sum += v[i];
-                lo = std::min(lo, v[i]);
-                if (v[i] >= o.saturation) ++saturated;
-            }
-            const double mean = sum / n;
-            double ss = 0.0;
-            for (int i = 0; i < n; ++i) ss += (v[i] - mean) * (v[i] - mean);
-            out->minimum = lo;
-            out->mean = static_cast<float>(mean);
-            out->stdDeviation = static_cast<float>(std::sqrt(ss / (n - 1)));
-            out->saturatedPoints = saturated;
-            return kOk;
-        });
-    }
-    if (st != kOk) std::memset(out, 0, sizeof *out);
-    out->status = st;
-    return st;
+    const auto status = [](typ_SpectralAnalysisCounts& r) -> int& { return r.status; };
+    return framed(out, wl, v, n, opt, status, [&](const Options& o) {
+        float rc[QOMATH_RC_COUNT];
+        const int rs = RadiometryCalc(wl, v, n, o.band_start, o.band_end, rc);
+        if (rs == -4) return kNoMemory;
+        out->points = n;
+        out->firstWavelength = wl[0];
+        out->lastWavelength = wl[n - 1];
+        out->peakWavelength = rc[QOMATH_RC_PEAK_WL];
+        out->peakValue = rc[QOMATH_RC_PEAK_VALUE];
+        out->centroid = rc[QOMATH_RC_CENTROID];
+        out->fwhm = rc[QOMATH_RC_FWHM];
+        out->integral = rc[QOMATH_RC_TOTAL];
+        double sum = 0.0;
+        float lo = v[0];
+        int saturated = 0;
+        for (int i = 0; i < n; ++i) {
+            sum += v[i];
+            lo = std::min(lo, v[i]);
+            if (v[i] >= o.saturation) ++saturated;
+        }
+        const double mean = sum / n;
+        double ss = 0.0;
+        for (int i = 0; i < n; ++i) ss += (v[i] - mean) * (v[i] - mean);
+        out->minimum = lo;
+        out->mean = static_cast<float>(mean);
+        out->stdDeviation = static_cast<float>(std::sqrt(ss / (n - 1)));
+        out->saturatedPoints = saturated;
+        return kOk;
+    });
 }
 
 int average(const float* wl, const float* v, int n, float start, float end, float* avg)
@@ -210,44 +211,36 @@ int reflect_transmit(const float* wl, const float* v, int n, int unit,
                      typ_SpectralAnalysisReflectTransmit* out,
                      const typ_SpectralAnalysisOptions* opt)
 {
-    if (!out) return kBadArgument;
-    std::memset(out, 0, sizeof *out);
-    const Options o = options_of(opt);
-    int st = check(wl, v, n, o);
-    if (st == kOk) {
-        st = guarded(kNoMemory, [&] {
-            out->points = n;
-            out->colorimetricStatus =
-                ColorimetricCalc(wl, v, n, unit, o.white, o.illuminant, out->colorimetric);
-            if (out->colorimetricStatus == -4) return kNoMemory;
-            // The object colour on the data's own sampling, with a cache of its own.
-            numerics::Interpolate2State cache;
-            const colorimetry::Context ctx{colorimetry::Sampling::data, &cache};
-            float cc[QOMATH_CC_COUNT];
-            summary::ObjectColour object;
-            if (summary::colorimetric(ctx, wl, v, n, unit, o.white, o.illuminant, cc, &object) == 1 &&
-                object.valid) {
-                out->objectX = cc[QOMATH_CC_X];
-                out->objectY = cc[QOMATH_CC_Y];
-                out->objectZ = cc[QOMATH_CC_Z];
-                out->L = object.lab[0];
-                out->a = object.lab[1];
-                out->b = object.lab[2];
-            }
-            const int a1 = average(wl, v, n, kVisibleLow, kVisibleHigh, &out->average380to780);
-            average(wl, v, n, kParLow, kParHigh, &out->average400to700);
-            const auto lo = std::min_element(v, v + n);
-            const auto hi = std::max_element(v, v + n);
-            out->minimum = *lo;
-            out->minimumWavelength = wl[lo - v];
-            out->maximum = *hi;
-            out->maximumWavelength = wl[hi - v];
-            return out->colorimetricStatus == -3 || a1 == kShort ? kShort : kOk;
-        });
-    }
-    if (st != kOk && st != kShort) std::memset(out, 0, sizeof *out);
-    out->status = st;
-    return st;
+    const auto status = [](typ_SpectralAnalysisReflectTransmit& r) -> int& { return r.status; };
+    return framed(out, wl, v, n, opt, status, [&](const Options& o) {
+        out->points = n;
+        out->colorimetricStatus =
+            ColorimetricCalc(wl, v, n, unit, o.white, o.illuminant, out->colorimetric);
+        if (out->colorimetricStatus == -4) return kNoMemory;
+        // The object colour on the data's own sampling, with a cache of its own.
+        numerics::Interpolate2State cache;
+        const colorimetry::Context ctx{colorimetry::Sampling::data, &cache};
+        float cc[QOMATH_CC_COUNT];
+        summary::ObjectColour object;
+        if (summary::colorimetric(ctx, wl, v, n, unit, o.white, o.illuminant, cc, &object) == 1 &&
+            object.valid) {
+            out->objectX = cc[QOMATH_CC_X];
+            out->objectY = cc[QOMATH_CC_Y];
+            out->objectZ = cc[QOMATH_CC_Z];
+            out->L = object.lab[0];
+            out->a = object.lab[1];
+            out->b = object.lab[2];
+        }
+        const int a1 = average(wl, v, n, kVisibleLow, kVisibleHigh, &out->average380to780);
+        average(wl, v, n, kParLow, kParHigh, &out->average400to700);
+        const auto lo = std::min_element(v, v + n);
+        const auto hi = std::max_element(v, v + n);
+        out->minimum = *lo;
+        out->minimumWavelength = wl[lo - v];
+        out->maximum = *hi;
+        out->maximumWavelength = wl[hi - v];
+        return out->colorimetricStatus == -3 || a1 == kShort ? kShort : kOk;
+    });
 }
 
 }  // namespace
