@@ -17,21 +17,6 @@ int usage_error(std::FILE* err, const std::string& what)
     return kExitUsage;
 }
 
-// The spectrum as the library's C++ writer takes it.
-files::ParsedSpectrum parsed(const Spectrum& s)
-{
-    files::ParsedSpectrum p;
-    p.plain = s.plain;
-    p.version = s.version;
-    p.header = s.header;
-    p.unit = s.unit;
-    p.unit_code = s.unit_code;
-    p.info = s.info;
-    p.wavelengths = s.wavelengths;
-    p.values = s.values;
-    return p;
-}
-
 }  // namespace
 
 int run_convert(std::span<char* const> args, std::FILE* out, std::FILE* err)
@@ -66,15 +51,7 @@ int run_convert(std::span<char* const> args, std::FILE* out, std::FILE* err)
 
     Spectrum s;
     if (!read_spectrum(in, plain_unit, s, err)) return kExitFailed;
-    std::string text;
-    std::string why;
-    if (!files::format_spectral_text(parsed(s), to, text, why)) {
-        std::fprintf(err, "qomath: %s: cannot convert (%s)\n", display_name(in).c_str(), why.c_str());
-        return kExitFailed;
-    }
-    Sink sink(out, outName);
-    if (sink.file()) std::fwrite(text.data(), 1, text.size(), sink.file());
-    return sink.finish(err) ? kExitOk : kExitFailed;
+    return write_spectrum(s, to, outName, display_name(in), out, err, "cannot convert") ? kExitOk : kExitFailed;
 }
 
 }  // namespace qomath::cli

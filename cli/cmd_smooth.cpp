@@ -141,22 +141,9 @@ int run_smooth(std::span<char* const> args, std::FILE* /*out*/, std::FILE* err)
             failed = true;
             continue;
         }
-        files::ParsedSpectrum p;
-        p.header = s.header;
-        p.unit = s.unit;
-        p.info = s.info;
-        p.info.push_back(filter_line(opt));
-        p.wavelengths = s.wavelengths;
-        p.values = s.values;
-        std::string text;
-        if (!files::format_spectral_text(p, s.version >= 1.0f && s.version < 2.0f ? 1 : 2, text, why)) {
-            std::fprintf(err, "qomath: %s: cannot write (%s)\n", display_name(in).c_str(), why.c_str());
+        s.info.push_back(filter_line(opt));
+        if (!write_spectrum(s, own_version(s), output_of(in, opt), display_name(in), nullptr, err))
             failed = true;
-            continue;
-        }
-        Sink sink(nullptr, output_of(in, opt));
-        if (sink.file()) std::fwrite(text.data(), 1, text.size(), sink.file());
-        if (!sink.finish(err)) failed = true;
     }
     return failed ? kExitFailed : kExitOk;
 }

@@ -170,24 +170,10 @@ int run_correct(std::span<char* const> args, std::FILE* err)
             continue;
         }
         sl::correct(state, s.wavelengths.data(), s.values.data(), s.values.size(), start, end);
-        files::ParsedSpectrum p;
-        p.header = s.header;
-        p.unit = s.unit;
-        p.info = s.info;
-        p.wavelengths = s.wavelengths;
-        p.values = s.values;
-        std::string text, why;
-        if (!files::format_spectral_text(p, s.version >= 1.0f && s.version < 2.0f ? 1 : 2, text, why)) {
-            std::fprintf(err, "qomath: %s: cannot write (%s)\n", in.c_str(), why.c_str());
-            failed = true;
-            continue;
-        }
         const std::string o = output_of(in);
         std::error_code ec;
         fs::create_directories(fs::path(o).parent_path(), ec);
-        Sink sink(nullptr, o);
-        if (sink.file()) std::fwrite(text.data(), 1, text.size(), sink.file());
-        if (!sink.finish(err)) failed = true;
+        if (!write_spectrum(s, own_version(s), o, in, nullptr, err)) failed = true;
     }
     return failed ? kExitFailed : kExitOk;
 }

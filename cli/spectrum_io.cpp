@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <filesystem>
 
+#include "output.hpp"
 #include "text.hpp"
 
 namespace qomath::cli {
@@ -93,6 +94,30 @@ bool read_spectrum(const std::string& path, int plain_unit, Spectrum& s, std::FI
     const bool ok = read_spectrum(path, plain_unit, s, messages);
     std::fputs(messages.c_str(), err);
     return ok;
+}
+
+int own_version(const Spectrum& s)
+{
+    return s.version >= 1.0f && s.version < 2.0f ? 1 : 2;
+}
+
+bool write_spectrum(const Spectrum& s, int version, const std::string& path, const std::string& name,
+                    std::FILE* out, std::FILE* err, const char* failure)
+{
+    files::ParsedSpectrum p;
+    p.header = s.header;
+    p.unit = s.unit;
+    p.info = s.info;
+    p.wavelengths = s.wavelengths;
+    p.values = s.values;
+    std::string text, why;
+    if (!files::format_spectral_text(p, version, text, why)) {
+        std::fprintf(err, "qomath: %s: %s (%s)\n", name.c_str(), failure, why.c_str());
+        return false;
+    }
+    Sink sink(out, path);
+    if (sink.file()) std::fwrite(text.data(), 1, text.size(), sink.file());
+    return sink.finish(err);
 }
 
 }  // namespace qomath::cli

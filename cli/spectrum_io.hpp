@@ -43,4 +43,14 @@ bool read_spectrum(const std::string& path, int plain_unit, Spectrum& s, std::st
 // read_spectrum with its messages printed on err.
 bool read_spectrum(const std::string& path, int plain_unit, Spectrum& s, std::FILE* err);
 
+// The spectral-file version a spectrum is written back in: 1 for 1.x, else 2.
+int own_version(const Spectrum& s);
+
+// Writes s as a spectral file of `version` (1 or 2) to path (empty:
+// standard output `out`), safely. False, after a message on err naming
+// `name` (and `failure` when s cannot take that version), when that or the
+// write failed.
+bool write_spectrum(const Spectrum& s, int version, const std::string& path, const std::string& name,
+                    std::FILE* out, std::FILE* err, const char* failure = "cannot write");
+
 }  // namespace qomath::cli
